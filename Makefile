@@ -1,0 +1,38 @@
+# Wraps the CMake presets; `make` alone lists the targets.
+
+JOBS := $(shell nproc)
+FORMATTED := find Source Tests Examples \( -name '*.h' -o -name '*.cpp' \) -print0 | xargs -0 -r
+
+.DEFAULT_GOAL := help
+.PHONY: help run test format check-format tidy clean
+
+help: ## list the targets
+	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/    make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 24
+
+run: ## build what is needed and run the terminal host on the sample data
+	@Scripts/install-dependencies
+	cmake --preset dev
+	cmake --build --preset dev --target TerminalHost
+	build/dev/Examples/TerminalHost/TerminalHost
+
+test: ## build everything and run the tests
+	@Scripts/install-dependencies
+	cmake --preset dev
+	cmake --build --preset dev
+	ctest --preset dev -j$(JOBS)
+
+format: ## format the sources in place
+	@Scripts/install-dependencies format
+	$(FORMATTED) clang-format -i
+
+check-format: ## report sources that are not formatted
+	@Scripts/install-dependencies format
+	$(FORMATTED) clang-format --dry-run --Werror
+
+tidy: ## build with clang and clang-tidy
+	@Scripts/install-dependencies tidy
+	cmake --preset tidy
+	cmake --build --preset tidy
+
+clean: ## remove all build trees
+	rm -rf build

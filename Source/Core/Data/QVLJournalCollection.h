@@ -1,0 +1,47 @@
+#pragma once
+
+#include "QVLJournalObject.h"
+#include "QVLPropertyCollection.h"
+
+/// Told of changes of a journal collection.
+class QVL_EXPORT QVLJournalCollectionDelegate : public QVLPropertyCollectionDelegate {};
+
+/// Journal records of one class by key.
+///
+/// A property collection whose base layer holds records instead of plain values and that has no prefix in the user defaults.
+/// It makes records on first use, is told by its records when they change in place, and takes an empty record and a missing
+/// one for the same. Main thread, but for `publishedJSONObject`.
+class QVL_EXPORT QVLJournalCollection final : public QVLPropertyCollection {
+public:
+    /// An empty collection. A class that does not derive from `QVLJournalObject` fails an assertion.
+    [[nodiscard]] static std::shared_ptr<QVLJournalCollection> initWithJournalClass(const QVLRecordClass& journalClass);
+
+    /// Replaces the base layer: the old records no longer report to this collection, the new ones do, and what changed is
+    /// reported. The very dictionary already held does nothing.
+    void setCollection(const QVLJSONDictionary& collection) override;
+
+    /// The record for the key, an override before the base layer's; made empty, and not reported, when the base layer has
+    /// none. Null only when the collection pretends to be empty or its class makes no records.
+    [[nodiscard]] std::shared_ptr<QVLJournalObject> nonNullObjectForKey(const std::string& key);
+
+    /// The merged records that are not empty.
+    [[nodiscard]] QVLJSONDictionary nonEmptyCollection() const;
+
+    /// What was last reported, without the empty records, as plain JSON. Any thread.
+    [[nodiscard]] QVLJSONDictionary publishedJSONObject() const;
+
+    /// An empty record and a missing one are the same; records otherwise compare with `isEqual`.
+    [[nodiscard]] bool considerItem(const QVLJSONValue& item, const QVLJSONValue& sameAsItem) const override;
+
+    [[nodiscard]] const QVLRecordClass& journalClass() const { return m_journalClass; }
+    void setJournalClass(const QVLRecordClass& journalClass) { m_journalClass = journalClass; }
+
+    [[nodiscard]] std::string className() const override { return "QVLJournalCollection"; }
+
+private:
+    explicit QVLJournalCollection(const QVLRecordClass& journalClass) : m_journalClass(journalClass) {}
+    void setOwnerOfRecords(const std::weak_ptr<QVLJournalCollection>& owner) const;
+
+    QVLRecordClass m_journalClass;
+    std::weak_ptr<QVLJournalCollection> m_self;
+};

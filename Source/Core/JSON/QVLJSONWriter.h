@@ -1,0 +1,37 @@
+#pragma once
+
+#include "QVLJSONSerialization.h"
+
+#include <string>
+
+/// Appends one value to a text. Used by `QVLJSONSerialization`, and by descriptions, which must show even what cannot be
+/// written.
+class QVLJSONWriter final {
+public:
+    explicit QVLJSONWriter(QVLJSONSerialization::Writing writing) : m_isPretty(writing == QVLJSONSerialization::Writing::Pretty) {}
+
+    void write(const QVLJSONValue& value);
+
+    [[nodiscard]] std::string takeText() { return std::move(m_text); }
+    /// Why the text is not valid JSON; empty when it is.
+    [[nodiscard]] const std::string& error() const { return m_error; }
+
+    /// The value in the manner of JSON, whatever it holds.
+    [[nodiscard]] static std::string describe(const QVLJSONValue& value);
+
+private:
+    void writeArray(const QVLJSONArray& array);
+    void writeDictionary(const QVLJSONDictionary& dictionary);
+    void writeNumber(const QVLJSONValue& number);
+    void writeDouble(double number);
+    void writeString(std::string_view text);
+    void writeLineBreak();
+    void fail(const char* reason);
+    template <class Number>
+    void appendDigits(Number number);
+
+    std::string m_text;
+    std::string m_error;
+    bool m_isPretty;
+    std::size_t m_level = 0;
+};

@@ -1,0 +1,4 @@
+#include "Quorvel.h"
+
+const double QuorvelVersionNumber = 1.0;
+const char QuorvelVersionString[] = "1.0";

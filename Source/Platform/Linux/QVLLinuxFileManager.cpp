@@ -1,0 +1,213 @@
+#include "QVLLinuxFileManager.h"
+
+#include "QVLLinuxFileDescriptor.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <random>
+#include <system_error>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr mode_t kPermissionBits = 07777;
+
+std::string reason(const char* operation, const std::error_code& error) {
+    return std::string(operation) + ": " + error.message();
+}
+
+/// The reason of the system call that has just failed.
+std::string lastReason(const char* operation) {
+    return reason(operation, std::error_code(errno, std::system_category()));
+}
+
+/// The system would cut the path off at a NUL byte, and so mean another item.
+bool isUsable(const std::string& path) {
+    const bool isUsable = !path.empty() && path.find('\0') == std::string::npos;
+    if (!isUsable) {
+        errno = path.empty() ? ENOENT : EINVAL;
+    }
+    return isUsable;
+}
+
+/// The path at the end of a chain of symbolic links, also when nothing stands there. A chain that is too long or closed
+/// is left to the next call to complain about.
+std::string withoutLinks(const std::string& path) {
+    constexpr int kLongestChain = 40;
+    fs::path target = path;
+    for (int length = 0; length < kLongestChain; ++length) {
+        std::error_code error;
+        const fs::path next = fs::read_symlink(target, error);
+        if (error) {
+            break;
+        }
+        target = target.parent_path() / next;
+    }
+    return target.string();
+}
+
+std::string randomName() {
+    std::random_device random;
+    std::array<char, 32> name;
+    const int length = std::snprintf(name.data(), name.size(), ".quorvel-%08x%08x", random(), random());
+    return {name.data(), static_cast<std::size_t>(length)};
+}
+
+/// A new file beside the target, which replaces the target on `commit` and is gone otherwise.
+class Replacement {
+public:
+    explicit Replacement(const std::string& target)
+        : m_target(target), m_path((fs::path(target).parent_path() / randomName()).string()) {}
+    Replacement(const Replacement&) = delete;
+    Replacement& operator=(const Replacement&) = delete;
+    ~Replacement() {
+        if (m_isMade) {
+            ::unlink(m_path.c_str());
+        }
+    }
+
+    QVLOutcome write(std::string_view data) {
+        struct stat old = {};
+        const bool isNew = ::stat(m_target.c_str(), &old) != 0;
+        if (isNew && errno != ENOENT) {
+            return QVLOutcome::failure(lastReason("stat"));
+        }
+        // A replacement is never open to more readers than the file that it replaces, not even before it is complete.
+        auto file =
+            QVLLinuxFileDescriptor::open(m_path, O_WRONLY | O_CREAT | O_EXCL, isNew ? 0666 : old.st_mode & 0777);
+        if (!file) {
+            return QVLOutcome::failure(lastReason("open"));
+        }
+        m_isMade = true;
+        if (!isNew && ::fchmod(file.number(), old.st_mode & kPermissionBits) != 0) {
+            return QVLOutcome::failure(lastReason("chmod"));
+        }
+        if (!file.writeAll(data.data(), data.size())) {
+            return QVLOutcome::failure(lastReason("write"));
+        }
+        if (!file.synchronize()) {
+            return QVLOutcome::failure(lastReason("fsync"));
+        }
+        return file.close() ? QVLOutcome::success() : QVLOutcome::failure(lastReason("close"));
+    }
+
+    QVLOutcome commit() {
+        if (::rename(m_path.c_str(), m_target.c_str()) != 0) {
+            return QVLOutcome::failure(lastReason("rename"));
+        }
+        m_isMade = false;
+        synchronizeDirectory();
+        return QVLOutcome::success();
+    }
+
+private:
+    /// The new file stands already, so this cannot fail the write any more; some file systems refuse it.
+    void synchronizeDirectory() const {
+        const fs::path directory = fs::path(m_target).parent_path();
+        const auto descriptor =
+            QVLLinuxFileDescriptor::open(directory.empty() ? "." : directory, O_RDONLY | O_DIRECTORY);
+        if (descriptor) {
+            static_cast<void>(descriptor.synchronize());
+        }
+    }
+
+    std::string m_target;
+    std::string m_path;
+    bool m_isMade = false;
+};
+
+QVLDate dateFrom(const struct statx_timestamp& stamp) {
+    return QVLDate(std::chrono::seconds(stamp.tv_sec)) + std::chrono::microseconds(stamp.tv_nsec / 1000);
+}
+
+} // namespace
+
+QVLFileManager::ItemKind QVLLinuxFileManager::itemKindAtPath(const std::string& path) const {
+    struct stat status = {};
+    if (!isUsable(path) || ::stat(path.c_str(), &status) != 0) {
+        return ItemKind::Missing;
+    }
+    return S_ISDIR(status.st_mode) ? ItemKind::Directory : ItemKind::File;
+}
+
+QVLResult<std::string> QVLLinuxFileManager::contentsOfFileAtPath(const std::string& path) const {
+    using Result = QVLResult<std::string>;
+    if (!isUsable(path)) {
+        return Result::failure(lastReason("open"));
+    }
+    const auto file = QVLLinuxFileDescriptor::open(path, O_RDONLY);
+    if (!file) {
+        return Result::failure(lastReason("open"));
+    }
+    std::string data;
+    return file.readAll(data) ? Result::success(std::move(data)) : Result::failure(lastReason("read"));
+}
+
+QVLOutcome QVLLinuxFileManager::writeAtomically(std::string_view data, const std::string& path) {
+    if (!isUsable(path)) {
+        return QVLOutcome::failure(lastReason("open"));
+    }
+    Replacement replacement(withoutLinks(path));
+    const QVLOutcome written = replacement.write(data);
+    return written ? replacement.commit() : written;
+}
+
+QVLOutcome QVLLinuxFileManager::removeItemAtPath(const std::string& path) {
+    if (!isUsable(path)) {
+        return QVLOutcome::failure(lastReason("remove"));
+    }
+    std::error_code error;
+    const auto count = fs::remove_all(path, error);
+    if (!error && count == 0) {
+        error = std::make_error_code(std::errc::no_such_file_or_directory);
+    }
+    return error ? QVLOutcome::failure(reason("remove", error)) : QVLOutcome::success();
+}
+
+QVLOutcome QVLLinuxFileManager::createDirectoryAtPath(const std::string& path, bool withIntermediateDirectories) {
+    if (!isUsable(path)) {
+        return QVLOutcome::failure(lastReason("mkdir"));
+    }
+    if (!withIntermediateDirectories) {
+        return ::mkdir(path.c_str(), 0777) == 0 ? QVLOutcome::success() : QVLOutcome::failure(lastReason("mkdir"));
+    }
+    std::error_code error;
+    fs::create_directories(path, error);
+    return error ? QVLOutcome::failure(reason("mkdir", error)) : QVLOutcome::success();
+}
+
+QVLResult<QVLDate> QVLLinuxFileManager::creationDateOfItemAtPath(const std::string& path) const {
+    using Result = QVLResult<QVLDate>;
+    struct statx status = {};
+    if (!isUsable(path) || ::statx(AT_FDCWD, path.c_str(), 0, STATX_BTIME | STATX_MTIME, &status) != 0) {
+        return Result::failure(lastReason("statx"));
+    }
+    return Result::success(dateFrom((status.stx_mask & STATX_BTIME) ? status.stx_btime : status.stx_mtime));
+}
+
+QVLResult<std::vector<std::string>> QVLLinuxFileManager::contentsOfDirectoryAtPath(const std::string& path) const {
+    using Result = QVLResult<std::vector<std::string>>;
+    if (!isUsable(path)) {
+        return Result::failure(lastReason("opendir"));
+    }
+    std::error_code error;
+    std::vector<std::string> names;
+    fs::directory_iterator entry(path, error);
+    for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+        names.push_back(entry->path().filename().string());
+    }
+    return error ? Result::failure(reason("opendir", error)) : Result::success(std::move(names));
+}
+
+std::string QVLLinuxFileManager::temporaryDirectory() const {
+    std::error_code error;
+    const fs::path directory = fs::temp_directory_path(error);
+    return error ? "/tmp" : directory.string();
+}

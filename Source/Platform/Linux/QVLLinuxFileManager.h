@@ -1,0 +1,21 @@
+#pragma once
+
+#include "QVLFileManager.h"
+
+/// Files by the system's own calls. Errors read "operation: reason". A path that is empty or holds a NUL byte names
+/// nothing.
+///
+/// Writing to a symbolic link replaces the file that it leads to. A file system that does not record when an item was
+/// made answers with the last change of its content.
+class QVLLinuxFileManager final : public QVLFileManager {
+public:
+    [[nodiscard]] ItemKind itemKindAtPath(const std::string& path) const override;
+    [[nodiscard]] QVLResult<std::string> contentsOfFileAtPath(const std::string& path) const override;
+    [[nodiscard]] QVLOutcome writeAtomically(std::string_view data, const std::string& path) override;
+    /// A symbolic link is removed itself, never what it leads to.
+    [[nodiscard]] QVLOutcome removeItemAtPath(const std::string& path) override;
+    [[nodiscard]] QVLOutcome createDirectoryAtPath(const std::string& path, bool withIntermediateDirectories) override;
+    [[nodiscard]] QVLResult<QVLDate> creationDateOfItemAtPath(const std::string& path) const override;
+    [[nodiscard]] QVLResult<std::vector<std::string>> contentsOfDirectoryAtPath(const std::string& path) const override;
+    [[nodiscard]] std::string temporaryDirectory() const override;
+};
