@@ -50,7 +50,7 @@ TEST_F(ScriptLoadingTest, EachWayThatAFileCannotBeLoadedHasItsLineAndStatus) {
     EXPECT_FALSE(loadFile(folder));
     EXPECT_THAT(errors(), ElementsAre("Failed to load script file '" + folder + "' - directory found"));
 
-    log->clear();
+    clearLog();
     const std::string notUTF8 = fileWith("// Quorvel 1.0\n\xff\xfe");
     EXPECT_FALSE(loadFile(notUTF8));
     EXPECT_THAT(errors(), ElementsAre(StartsWith("Failed to load script file '" + notUTF8 + "' with error ")));
@@ -90,7 +90,7 @@ TEST_F(ScriptLoadingTest, AScriptThatLeavesNoProcessIsNotInstalledAndItsHeaderVe
     };
     for (const Case& row : cases) {
         SCOPED_TRACE(row.what);
-        log->clear();
+        clearLog();
         analyticsEvents.clear();
         const std::string version = std::to_string(&row - cases);
         EXPECT_FALSE(load("// Quorvel 9." + version + "\n" + row.script));
@@ -105,17 +105,16 @@ TEST_F(ScriptLoadingTest, AScriptThatLeavesNoProcessIsNotInstalledAndItsHeaderVe
 TEST_F(ScriptLoadingTest, AScriptThatThrowsAfterDefiningProcessStillLoads) {
     EXPECT_TRUE(load(scriptWithBody("return JSON.stringify(answer);") + "throw new Error('late');"));
     EXPECT_THAT(errors(), IsEmpty());
-    EXPECT_THAT(log->messages(QVLLogLevelDebug), testing::Contains(HasSubstr("Error: late")));
+    EXPECT_THAT(messages(QVLLogLevelDebug), testing::Contains(HasSubstr("Error: late")));
 }
 
 TEST_F(ScriptLoadingTest, AnAnswerThatDoesNotSupportTheHostIsNotSupported) {
     for (const char* answer : {"{}", R"({"%isCurrentAppSupported": false})", R"({"%isCurrentAppSupported": "true"})",
                                R"({"%isCurrentAppSupported": 0})"}) {
         SCOPED_TRACE(answer);
-        log->clear();
+        clearLog();
         EXPECT_FALSE(load("quorvel.process = () => '" + std::string(answer) + "';"));
-        EXPECT_THAT(log->messages(QVLLogLevelInfo),
-                    ElementsAre("Script has no rules compatible with the current version."));
+        EXPECT_THAT(messages(QVLLogLevelInfo), ElementsAre("Script has no rules compatible with the current version."));
     }
     EXPECT_THAT(statusEvents(), ElementsAre("not_supported|unknown"));
     EXPECT_TRUE(load(R"(quorvel.process = () => '{"%isCurrentAppSupported": 2}';)"));
@@ -124,7 +123,7 @@ TEST_F(ScriptLoadingTest, AnAnswerThatDoesNotSupportTheHostIsNotSupported) {
 TEST_F(ScriptLoadingTest, WithoutInputsTheSupportTestCannotRunAndSaysNothing) {
     engine->setInputs({});
     EXPECT_FALSE(load(scriptWithBody("return JSON.stringify(answer);")));
-    EXPECT_THAT(log->messages(QVLLogLevelInfo), IsEmpty());
+    EXPECT_THAT(messages(QVLLogLevelInfo), IsEmpty());
     EXPECT_THAT(statusEvents(), ElementsAre("not_supported|1.0"));
 }
 

@@ -26,7 +26,7 @@ protected:
         ASSERT_TRUE(load("let runs = 0;\nquorvel.process = function (inputsText, journalsText) {\n"
                          "    if (runs++ === 0) { return '{\"%isCurrentAppSupported\": true}'; }\n    return " +
                          expression + ";\n};"));
-        log->clear();
+        clearLog();
         analyticsEvents.clear();
     }
 };
@@ -86,7 +86,7 @@ TEST_F(ScriptRunningTest, TheGlobalObjectMayGoAwayBetweenRuns) {
 TEST_F(ScriptRunningTest, WhatTheScriptThrewIsToldAtDebugLevel) {
     loadAnswering("(() => { throw new TypeError('why a rule failed'); })()");
     evaluate();
-    EXPECT_THAT(log->messages(QVLLogLevelDebug), Contains(HasSubstr("TypeError: why a rule failed")));
+    EXPECT_THAT(messages(QVLLogLevelDebug), Contains(HasSubstr("TypeError: why a rule failed")));
 }
 
 TEST_F(ScriptRunningTest, ProcessGetsInputsWithOverridesAndJournalsAsText) {
@@ -131,8 +131,8 @@ TEST_F(ScriptRunningTest, TextsForTheScriptAreCompact) {
 TEST_F(ScriptRunningTest, MissingInputsAreNamedAndStrangeEntriesReported) {
     engine->checkForMissingInputsWithResponse({{kQVLScriptUsedInputs, QVLJSONArray{"a", 5, "plan", "b"}}});
     EXPECT_THAT(errors(), ElementsAre("Unexpected used inputs found: 5"));
-    EXPECT_THAT(log->messages(QVLLogLevelDebug), ElementsAre("QVL script requires 2 missing inputs: 'a', 'b'"));
-    log->clear();
+    EXPECT_THAT(messages(QVLLogLevelDebug), ElementsAre("QVL script requires 2 missing inputs: 'a', 'b'"));
+    clearLog();
     engine->checkForMissingInputsWithResponse({{kQVLScriptUsedInputs, "plan"}});
     EXPECT_THAT(errors(), ElementsAre("QVL script did not report any used inputs."));
 }

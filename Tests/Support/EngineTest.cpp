@@ -64,3 +64,13 @@ std::vector<std::string> EngineTest::statusEvents() const {
     }
     return statuses;
 }
+
+std::vector<std::string> EngineTest::messages(QVLLogLevel level) const {
+    std::vector<std::string> messages;
+    for (const RecordingLogger::Line& line : log->lines()) {
+        if (line.level == level) {
+            messages.push_back(line.message);
+        }
+    }
+    return messages;
+}

@@ -32,10 +32,13 @@ protected:
     [[nodiscard]] static std::string scriptWithBody(std::string_view body, std::string_view version = "1.0");
     /// "action|label" of each status event posted so far.
     [[nodiscard]] std::vector<std::string> statusEvents() const;
-    [[nodiscard]] std::vector<std::string> errors() const { return log->errors(); }
+    /// The messages of one level since the log was last cleared.
+    [[nodiscard]] std::vector<std::string> messages(QVLLogLevel level) const;
+    [[nodiscard]] std::vector<std::string> errors() const { return messages(QVLLogLevelError); }
+    void clearLog() { static_cast<void>(log->take()); }
 
     TestPlatform platform;
-    RecordingLogger::Installation log;
+    RecordedLog log;
     TemporaryDirectory directory;
     std::shared_ptr<QVLQuorvel> engine;
     /// The names of the notifications that the engine posted.
