@@ -25,6 +25,8 @@ void TestPlatform::install() {
     platform.bundle = bundle;
     platform.localization = localization;
     platform.makeSerialQueue = [this](std::string label) { return makeQueue(std::move(label)); };
+    platform.makeHTTPSession = makeHTTPSession;
+    platform.makeReachabilityTarget = reachability.maker();
     QVLPlatform::install(std::make_shared<const QVLPlatform>(std::move(platform)));
     m_isInstalled = true;
 }

@@ -5,9 +5,12 @@
 #include "FixedLocalization.h"
 #include "MemoryUserDefaults.h"
 #include "QVLPlatform.h"
+#include "ScriptedHTTPSession.h"
+#include "ScriptedReachability.h"
 #include "SteppedQueue.h"
 #include "SteppedRunLoop.h"
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -37,6 +40,11 @@ public:
     std::shared_ptr<FixedBundle> bundle = std::make_shared<FixedBundle>();
     std::shared_ptr<FixedLocalization> localization = std::make_shared<FixedLocalization>();
     std::shared_ptr<QVLJavaScriptEngine> javaScriptEngine;
+    /// What every script and A/B test manager downloads with, unless a maker is put in before `install`.
+    std::shared_ptr<ScriptedHTTPSession> httpSession = std::make_shared<ScriptedHTTPSession>(runLoop);
+    std::function<std::shared_ptr<QVLHTTPSession>()> makeHTTPSession = [this] { return httpSession; };
+    /// No flags, hence nothing reachable, until a test sets some.
+    ScriptedReachability reachability;
 
     void install();
 

@@ -159,9 +159,13 @@ void QVLABTestManager::reachabilityChanged(const QVLNotification& /*notification
 }
 
 void QVLABTestManager::tearDownReachability() {
+    setReachability(nullptr);
+}
+
+void QVLABTestManager::setReachability(std::shared_ptr<QVLReachability> reachability) {
     m_reachabilityObservation.reset();
-    if (const auto reachability = std::exchange(m_reachability, nullptr)) {
-        reachability->stopNotifier();
+    if (const auto old = std::exchange(m_reachability, std::move(reachability))) {
+        old->stopNotifier();
     }
 }
 

@@ -122,8 +122,8 @@ public:
     void tearDownReachability();
     /// What tells whether the host can be reached, or null.
     [[nodiscard]] const std::shared_ptr<QVLReachability>& reachability() const { return m_reachability; }
-    /// Only replaces what is asked; `setupReachability` is what watches.
-    void setReachability(std::shared_ptr<QVLReachability> reachability) { m_reachability = std::move(reachability); }
+    /// Stops the old one's notifier. The new one is asked, but not observed; that is what `setupReachability` does.
+    void setReachability(std::shared_ptr<QVLReachability> reachability);
 
     /// Asks the service about one test. The result changes when the reply arrives; a change is saved and posted.
     /// Without a host that makes a URL nothing is sent, after one error line.

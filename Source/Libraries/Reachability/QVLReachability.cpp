@@ -87,7 +87,8 @@ std::shared_ptr<QVLReachability> QVLReachability::reachabilityWithPeer(const QVL
 }
 
 QVLReachability::QVLReachability(Private, std::shared_ptr<QVLReachabilityTarget> reachabilityRef)
-    : m_platform(QVLPlatform::current()), m_reachabilityRef(std::move(reachabilityRef)),
+    : m_platform(QVLPlatform::current()),
+      m_reachabilityRef(std::move(reachabilityRef)),
       m_reachabilitySerialQueue(m_platform->makeSerialQueue(kSerialQueueLabel)),
       m_blocks(std::make_unique<QVLPublished<Blocks>>()) {}
 

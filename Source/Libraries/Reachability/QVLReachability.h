@@ -13,8 +13,8 @@ struct QVLPlatform;
 template <class Snapshot>
 class QVLPublished;
 
-/// Posted on the main thread after each change that a running notifier sees; the sender is the reachability object. There is
-/// no user information.
+/// Posted on the main thread after each change that a running notifier sees; the sender is the reachability object.
+/// There is no user information.
 inline constexpr const char* kQVLReachabilityChangedNotification = "kQVLReachabilityChangedNotification";
 
 /// What a connection comes to.
@@ -26,16 +26,16 @@ enum QVLNetworkStatus : int {
     QVLReachableViaWiFi = 2,
 };
 
-/// Watches whether a host, or an address, can be reached over the network, and announces every change. That a host can be
-/// reached means that there is a way to it; nothing is sent to find out whether it answers.
+/// Watches whether a host, or an address, can be reached over the network, and announces every change. That a host can
+/// be reached means that there is a way to it; nothing is sent to find out whether it answers.
 ///
-/// Made, started and stopped on the main thread; read on any thread. A reading never waits for the network: a host name is
-/// looked up in the background from creation on, and until that has succeeded once nothing is known, which counts as no
-/// flags. The three callbacks run on a serial queue of the object's own, the notification is posted on the main thread. A
-/// running notifier announces once what is known as soon as something is, and then every change.
+/// Made, started and stopped on the main thread; read on any thread. A reading never waits for the network: a host name
+/// is looked up in the background from creation on, and until that has succeeded once nothing is known, which counts as
+/// no flags. The three callbacks run on a serial queue of the object's own, the notification is posted on the main
+/// thread. A running notifier announces once what is known as soon as something is, and then every change.
 ///
-/// Owned by whoever made it, and by itself while its notifier runs: an owner that drops it without `stopNotifier` keeps it
-/// alive. Nothing is kept on disk, nothing is logged.
+/// Owned by whoever made it, and by itself while its notifier runs: an owner that drops it without `stopNotifier` keeps
+/// it alive. Nothing is kept on disk, nothing is logged.
 class QVL_EXPORT QVLReachability final : public QVLObject, public std::enable_shared_from_this<QVLReachability> {
     struct Private {};
 
@@ -61,8 +61,8 @@ public:
     /// Ends the watch. The callbacks go with it.
     ~QVLReachability() override;
 
-    /// Begins to announce changes, and keeps the object alive until `stopNotifier`. True also when it runs already; false when
-    /// the target refuses, which leaves it stopped.
+    /// Begins to announce changes, and keeps the object alive until `stopNotifier`. True also when it runs already;
+    /// false when the target refuses, which leaves it stopped.
     bool startNotifier();
     /// Ends it. A callback that is under way on the queue goes on, and its notification is still posted.
     void stopNotifier();
@@ -95,7 +95,8 @@ public:
     [[nodiscard]] std::string description() const override;
     [[nodiscard]] std::string className() const override;
 
-    /// Whether a cellular connection counts as reachable; true at first. Kept for the host, and read by nothing. Main thread.
+    /// Whether a cellular connection counts as reachable; true at first. Kept for the host, and read by nothing. Main
+    /// thread.
     [[nodiscard]] bool reachableOnWWAN() const { return m_reachableOnWWAN; }
     void setReachableOnWWAN(bool reachableOnWWAN) { m_reachableOnWWAN = reachableOnWWAN; }
 

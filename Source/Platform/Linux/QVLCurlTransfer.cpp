@@ -13,7 +13,8 @@ constexpr double kLongestTimeoutInSeconds = 1'000'000;
 /// The characters of a method or of a header's name.
 bool isToken(std::string_view text) {
     return !text.empty() && std::all_of(text.begin(), text.end(), [](unsigned char character) {
-        return character > ' ' && character < 0x7f && std::string_view("()<>@,;:\\\"/[]?={}").find(static_cast<char>(character)) == std::string_view::npos;
+        return character > ' ' && character < 0x7f &&
+               std::string_view("()<>@,;:\\\"/[]?={}").find(static_cast<char>(character)) == std::string_view::npos;
     });
 }
 
@@ -27,15 +28,16 @@ bool isBlank(std::string_view text) {
 }
 
 bool isSameIgnoringCase(std::string_view a, std::string_view b) {
-    const auto lower = [](char character) { return character >= 'A' && character <= 'Z' ? character | 0x20 : character; };
+    const auto lower = [](char character) {
+        return character >= 'A' && character <= 'Z' ? character | 0x20 : character;
+    };
     return std::equal(a.begin(), a.end(), b.begin(), b.end(), [&](char x, char y) { return lower(x) == lower(y); });
 }
 
 bool isSendable(const QVLHTTPRequest& request) {
     return (request.url.scheme() == "http" || request.url.scheme() == "https") && isToken(request.method) &&
-           std::all_of(request.headers.begin(), request.headers.end(), [](const QVLHTTPHeader& header) {
-               return isToken(header.name) && isFieldValue(header.value);
-           });
+           std::all_of(request.headers.begin(), request.headers.end(),
+                       [](const QVLHTTPHeader& header) { return isToken(header.name) && isFieldValue(header.value); });
 }
 
 } // namespace
@@ -64,7 +66,8 @@ QVLCurlTransfer& QVLCurlTransfer::fromHandle(CURL* handle) {
 
 std::optional<QVLError> QVLCurlTransfer::preparationError() const {
     if (!isSendable(m_request)) {
-        return error(QVLHTTPErrorCode::InvalidRequest, "The scheme, the method or a header cannot be sent", m_request.url);
+        return error(QVLHTTPErrorCode::InvalidRequest, "The scheme, the method or a header cannot be sent",
+                     m_request.url);
     }
     if (m_preparation != CURLE_OK) {
         return error(QVLHTTPErrorCode::Other, curl_easy_strerror(m_preparation), m_request.url);
@@ -106,7 +109,8 @@ void QVLCurlTransfer::setConnection(const QVLCurlOptions& options) {
     set(CURLOPT_PRIVATE, static_cast<void*>(this));
     set(CURLOPT_URL, m_request.url.text().c_str());
     set(CURLOPT_PROTOCOLS_STR, "http,https");
-    // What comes over a secure connection is run as a script, so a redirect must not lead to one that anybody can change.
+    // What comes over a secure connection is run as a script, so a redirect must not lead to one that anybody can
+    // change.
     set(CURLOPT_REDIR_PROTOCOLS_STR, m_request.url.scheme() == "https" ? "https" : "http,https");
     set(CURLOPT_FOLLOWLOCATION, 1L);
     set(CURLOPT_MAXREDIRS, kLongestRedirection);

@@ -56,7 +56,7 @@ private:
     void setMethodAndBody();
     void setHeaders();
     void setReception();
-    static std::size_t receive(char* data, std::size_t size, std::size_t count, void* transfer);
+    static std::size_t receive(char* data, std::size_t size, std::size_t count, void* context);
     [[nodiscard]] QVLHTTPErrorCode codeOf(CURLcode result) const;
     [[nodiscard]] std::string reasonFor(CURLcode result) const;
 

@@ -1,16 +1,18 @@
 #include "QVLCurlWorker.h"
 
+#include <csignal>
 #include <new>
 #include <utility>
 
 #include <pthread.h>
-#include <signal.h>
 
 namespace {
 
 constexpr long kConnectionsPerHost = 6;
 /// A wake-up ends the wait earlier, and so do the transfers' own time-outs.
 constexpr int kLongestWaitInMilliseconds = 60'000;
+/// Where the process had no file descriptors left for waking the thread up.
+constexpr int kWaitWithoutWakeUpInMilliseconds = 100;
 
 CURLM* makeMulti() {
     static const CURLcode initialised = curl_global_init(CURL_GLOBAL_DEFAULT);
@@ -22,8 +24,8 @@ CURLM* makeMulti() {
     return multi;
 }
 
-/// Writing to a connection that the server has closed raises it, and it would end the host: the TLS library does not ask the
-/// kernel to leave it out.
+/// Writing to a connection that the server has closed raises it, and it would end the host: the TLS library does not
+/// ask the kernel to leave it out.
 void blockBrokenPipeSignal() {
     sigset_t signals;
     sigemptyset(&signals);
@@ -34,7 +36,12 @@ void blockBrokenPipeSignal() {
 } // namespace
 
 QVLCurlWorker::QVLCurlWorker(QVLCurlOptions options, Report report)
-    : m_options(std::move(options)), m_report(std::move(report)), m_multi(makeMulti()), m_thread([this] { run(); }) {}
+    : m_options(std::move(options)),
+      m_report(std::move(report)),
+      m_multi(makeMulti()),
+      m_longestWaitInMilliseconds(curl_multi_wakeup(m_multi.get()) == CURLM_OK ? kLongestWaitInMilliseconds
+                                                                               : kWaitWithoutWakeUpInMilliseconds),
+      m_thread([this] { run(); }) {}
 
 QVLCurlWorker::~QVLCurlWorker() {
     {
@@ -84,7 +91,7 @@ void QVLCurlWorker::run() {
         int runningCount = 0;
         curl_multi_perform(m_multi.get(), &runningCount);
         reportFinished();
-        curl_multi_poll(m_multi.get(), /*extra_fds=*/nullptr, /*extra_nfds=*/0, kLongestWaitInMilliseconds, nullptr);
+        curl_multi_poll(m_multi.get(), /*extra_fds=*/nullptr, /*extra_nfds=*/0, m_longestWaitInMilliseconds, nullptr);
     }
     while (!m_transfers.empty()) {
         drop(m_transfers.begin()->first);

@@ -51,6 +51,7 @@ private:
 
     // The worker's thread alone from here on; the transfers go first.
     std::unique_ptr<CURLM, MultiCleanup> m_multi;
+    const int m_longestWaitInMilliseconds;
     std::map<std::uint64_t, std::unique_ptr<QVLCurlTransfer>> m_transfers;
     std::thread m_thread;
 };

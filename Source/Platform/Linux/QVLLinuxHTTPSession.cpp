@@ -5,10 +5,11 @@
 #include <utility>
 
 QVLLinuxHTTPSession::QVLLinuxHTTPSession(std::shared_ptr<QVLMainRunLoop> mainRunLoop, QVLCurlOptions options)
-    : m_mainRunLoop(std::move(mainRunLoop)), m_completions(std::make_shared<Completions>()),
+    : m_mainRunLoop(std::move(mainRunLoop)),
+      m_completions(std::make_shared<Completions>()),
       m_worker(std::make_shared<QVLCurlWorker>(
-          std::move(options), [mainRunLoop = m_mainRunLoop, completions = std::weak_ptr(m_completions)](
-                                  std::uint64_t number, QVLHTTPReply reply) {
+          std::move(options), [mainRunLoop = m_mainRunLoop,
+                               completions = std::weak_ptr(m_completions)](std::uint64_t number, QVLHTTPReply reply) {
               mainRunLoop->post(delivery(completions, number, std::move(reply)));
           })) {}
 

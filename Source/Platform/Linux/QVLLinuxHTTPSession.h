@@ -10,7 +10,7 @@
 
 class QVLCurlWorker;
 
-/// HTTP over libcurl, on one thread of the session's own.
+/// HTTP over libcurl, on one thread of the session's own. Proxies are taken from the environment's usual variables.
 class QVLLinuxHTTPSession final : public QVLHTTPSession {
 public:
     explicit QVLLinuxHTTPSession(std::shared_ptr<QVLMainRunLoop> mainRunLoop, QVLCurlOptions options = {});
@@ -23,7 +23,8 @@ private:
     using Completions = std::map<std::uint64_t, Completion>;
 
     /// Makes the function that hands a reply to the completion of that number, if it is still wanted.
-    static std::function<void()> delivery(std::weak_ptr<Completions> completions, std::uint64_t number, QVLHTTPReply reply);
+    static std::function<void()> delivery(std::weak_ptr<Completions> completions, std::uint64_t number,
+                                          QVLHTTPReply reply);
 
     std::shared_ptr<QVLMainRunLoop> m_mainRunLoop;
     // The main thread's alone, and there even the last to go: completions hold what lives there.

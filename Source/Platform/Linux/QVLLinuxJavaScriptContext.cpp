@@ -219,10 +219,11 @@ JSValueRef QVLLinuxJavaScriptContext::callNativeFunction(JSContextRef context, J
 }
 
 void QVLLinuxJavaScriptContext::beginOperation() {
-    if (std::exchange(m_isInterrupted, false)) {
+    if (m_isInterrupted) {
         // When a promise's job was what ended, the machine still holds the end ready for whatever it does next.
         JSValueRef ignored = nullptr;
         JSValueToNumber(m_context, JSValueMakeNumber(m_context, 0), &ignored);
+        m_isInterrupted = false;
     }
     if (m_shouldInterrupt) {
         limitExecution();

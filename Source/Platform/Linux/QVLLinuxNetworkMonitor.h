@@ -23,8 +23,8 @@ public:
     /// Whether some network beyond this computer is there. Any thread.
     [[nodiscard]] bool isNetworkAvailable() const { return m_isNetworkAvailable; }
 
-    /// Calls the observer on the main thread after every change until the token is dropped, which may happen on any thread;
-    /// a call that is then under way goes on. Any thread.
+    /// Calls the observer on the main thread after every change until the token is dropped, which may happen on any
+    /// thread; a call that is then under way goes on. Any thread.
     [[nodiscard]] QVLToken addObserver(Observer observer);
 
     /// Takes note of a change and tells the observers. Main thread.

@@ -75,8 +75,8 @@ std::uint32_t flagsOfHost(const QVLLinuxReachabilityServices& services, const st
 
 } // namespace
 
-std::shared_ptr<const QVLLinuxReachabilityServices>
-QVLLinuxReachabilityServices::native(std::function<std::unique_ptr<QVLSerialQueue>(std::string label)> makeSerialQueue) {
+std::shared_ptr<const QVLLinuxReachabilityServices> QVLLinuxReachabilityServices::native(
+    std::function<std::unique_ptr<QVLSerialQueue>(std::string label)> makeSerialQueue) {
     auto services = std::make_shared<QVLLinuxReachabilityServices>();
     services->networkMonitor = QVLLinuxNetworkMonitor::shared();
     services->makeSerialQueue = std::move(makeSerialQueue);
@@ -101,7 +101,8 @@ QVLLinuxReachabilityTarget::make(const QVLReachabilityPeer& peer,
 
 QVLLinuxReachabilityTarget::QVLLinuxReachabilityTarget(Private, const QVLReachabilityPeer& peer,
                                                        std::shared_ptr<const QVLLinuxReachabilityServices> services)
-    : m_services(std::move(services)), m_peer(peer),
+    : m_services(std::move(services)),
+      m_peer(peer),
       m_lookUpQueue(std::holds_alternative<std::string>(peer) ? m_services->makeSerialQueue("com.quorvel.host-lookup")
                                                               : nullptr) {}
 

@@ -14,8 +14,8 @@ class QVLLinuxNetworkMonitor;
 struct QVLLinuxReachabilityServices {
     std::shared_ptr<QVLLinuxNetworkMonitor> networkMonitor;
     std::function<std::unique_ptr<QVLSerialQueue>(std::string label)> makeSerialQueue;
-    /// The addresses of a host name, the preferred one first; empty when it has none or cannot be looked up. May take long.
-    /// Any thread.
+    /// The addresses of a host name, the preferred one first; empty when it has none or cannot be looked up. May take
+    /// long. Any thread.
     std::function<std::vector<QVLSocketAddress>(const std::string& hostName)> resolve;
     /// The flags of the route to an address, or no value when there is no telling. Any thread.
     std::function<std::optional<std::uint32_t>(const QVLSocketAddress& address)> routeFlags;
@@ -28,8 +28,8 @@ struct QVLLinuxReachabilityServices {
 
 /// A watched host name or address: flags from the kernel's routes, looked at again whenever the network changes.
 ///
-/// A host name is looked up on a queue of the target's own, which can take ten seconds where name servers are dead; until
-/// the next look-up has ended the flags of the last one stand.
+/// A host name is looked up on a queue of the target's own, which can take ten seconds where name servers are dead;
+/// until the next look-up has ended the flags of the last one stand.
 class QVLLinuxReachabilityTarget final : public QVLReachabilityTarget,
                                          public std::enable_shared_from_this<QVLLinuxReachabilityTarget> {
     struct Private {};

@@ -74,7 +74,8 @@ bool ask(const NetlinkSocket& netlink, const Question& question, Answer& answer)
 
 bool isPointToPoint(const NetlinkSocket& netlink, unsigned interfaceIndex) {
     ifreq request{};
-    return if_indextoname(interfaceIndex, request.ifr_name) && ioctl(netlink.descriptor(), SIOCGIFFLAGS, &request) == 0 &&
+    return if_indextoname(interfaceIndex, request.ifr_name) &&
+           ioctl(netlink.descriptor(), SIOCGIFFLAGS, &request) == 0 &&
            (static_cast<unsigned short>(request.ifr_flags) & IFF_POINTOPOINT) != 0;
 }
 
@@ -83,7 +84,8 @@ std::uint32_t flagsOfUnicastRoute(const NetlinkSocket& netlink, const nlmsghdr& 
     unsigned interfaceIndex = 0;
     auto remaining = RTM_PAYLOAD(&header);
     const auto* const route = static_cast<const rtmsg*>(NLMSG_DATA(&header));
-    for (const rtattr* attribute = RTM_RTA(route); RTA_OK(attribute, remaining); attribute = RTA_NEXT(attribute, remaining)) {
+    for (const rtattr* attribute = RTM_RTA(route); RTA_OK(attribute, remaining);
+         attribute = RTA_NEXT(attribute, remaining)) {
         if (attribute->rta_type == RTA_GATEWAY || attribute->rta_type == RTA_VIA) {
             hasGateway = true;
         } else if (attribute->rta_type == RTA_OIF && RTA_PAYLOAD(attribute) == sizeof interfaceIndex) {

@@ -49,7 +49,7 @@ std::string asciiLowercase(std::string text) {
     return text;
 }
 
-std::string withoutBrackets(std::string host) {
+std::string withoutBrackets(const std::string& host) {
     return host.starts_with('[') && host.ends_with(']') ? host.substr(1, host.size() - 2) : host;
 }
 
@@ -59,7 +59,8 @@ std::string fileNameFromPath(std::string_view path) {
     }
     // Looked for before decoding: an encoded slash does not separate.
     std::string name = percentDecoded(path.substr(path.rfind('/') + 1));
-    const bool isPlainName = name != "." && name != ".." && name.find_first_of(std::string_view("/\0", 2)) == std::string::npos;
+    const bool isPlainName =
+        name != "." && name != ".." && name.find_first_of(std::string_view("/\0", 2)) == std::string::npos;
     return isPlainName ? name : std::string();
 }
 

@@ -73,7 +73,7 @@ TEST_F(JSONStore, AFileThatIsNoObjectIsKeptByOneReaderAndDeletedByTheOther) {
         {"5", notJSON},
         {"\"text\"", notJSON},
         {"", "', error: The document is empty. (at byte 0)."},
-        {"{\"a\":1", "', error: Missing a comma or } after an object member. (at byte 6)."},
+        {"{\"a\":1", "', error: Missing a comma or '}' after an object member. (at byte 6)."},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.text);
@@ -147,7 +147,8 @@ TEST_F(JSONStore, AFailedRemovalNamesTheErrorInThePlaceOfThePath) {
     m_platform.fileManager->removeFault = FaultyFileManager::always("busy");
     m_store->deleteItemAtPathIfExists(m_path);
     EXPECT_EQ(content(), "[]");
-    EXPECT_THAT(m_log->take(), ElementsAre(deletingLine(), "error QVLJSONStore: Could not delete item at path: 'busy'"));
+    EXPECT_THAT(m_log->take(),
+                ElementsAre(deletingLine(), "error QVLJSONStore: Could not delete item at path: 'busy'"));
 }
 
 TEST_F(JSONStore, IsOneForTheProcessAndLogsInItsOwnName) {

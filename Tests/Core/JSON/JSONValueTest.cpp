@@ -38,12 +38,12 @@ public:
     [[nodiscard]] std::string className() const override { return "SilentRecord"; }
 };
 
-constexpr QVLRecordClass kOutputClass = {
-    "QVLOutput",
-    [](const QVLJSONValue& object) -> std::shared_ptr<QVLJSONSerializable> {
-        return object.isNull() ? nullptr : QVLOutput::initWithQVLJSONObject(object);
-    },
-    nullptr, /*isJournalClass=*/false};
+constexpr QVLRecordClass kOutputClass = {"QVLOutput",
+                                         [](const QVLJSONValue& object) -> std::shared_ptr<QVLJSONSerializable> {
+                                             return object.isNull() ? nullptr
+                                                                    : QVLOutput::initWithQVLJSONObject(object);
+                                         },
+                                         nullptr, /*isJournalClass=*/false};
 constexpr QVLRecordClass kNoRecordClass = {"QVLObject", nullptr, nullptr, /*isJournalClass=*/false};
 
 std::string reasonOf(const std::function<void()>& action) {
@@ -184,8 +184,8 @@ TEST(JSONValue, DecodersMakeRecordsAndThrowForWrongKindsBeforeWrongClasses) {
     const auto array = QVLJSONArray::arrayWithQVLJSONArray(QVLJSONArray{1, "a"}, kOutputClass);
     ASSERT_TRUE(array);
     EXPECT_EQ(*array, (QVLJSONArray{outputRecord(1), outputRecord("a")}));
-    const auto dictionary = QVLJSONDictionary::dictionaryWithQVLJSONObject(
-        QVLJSONDictionary{{"a", 1}, {"gone", nullptr}}, kOutputClass);
+    const auto dictionary =
+        QVLJSONDictionary::dictionaryWithQVLJSONObject(QVLJSONDictionary{{"a", 1}, {"gone", nullptr}}, kOutputClass);
     ASSERT_TRUE(dictionary);
     EXPECT_EQ(*dictionary, (QVLJSONDictionary{{"a", outputRecord(1)}}));
 
@@ -205,7 +205,8 @@ TEST(JSONValue, DecodersMakeRecordsAndThrowForWrongKindsBeforeWrongClasses) {
     EXPECT_EQ(decodeArray(QVLJSONArray{}, kNoRecordClass), "Class must conform to QVLJSONCompatible protocol");
     EXPECT_EQ(decodeDictionary(QVLJSONArray{1}, kNoRecordClass), "Bad object: [1]");
     EXPECT_EQ(decodeDictionary("text", kOutputClass), "Bad object: text");
-    EXPECT_EQ(decodeDictionary(QVLJSONDictionary{}, kNoRecordClass), "Class must conform to QVLJSONCompatible protocol");
+    EXPECT_EQ(decodeDictionary(QVLJSONDictionary{}, kNoRecordClass),
+              "Class must conform to QVLJSONCompatible protocol");
 }
 
 TEST(JSONValue, NestsUpToTheLimitAndNoDeeper) {
@@ -228,7 +229,8 @@ TEST(JSONValue, DescribesEveryKindForLogLines) {
     EXPECT_EQ(QVLJSONValue("a \"b\"").description(), "a \"b\"");
     EXPECT_EQ(QVLJSONValue(true).description(), "true");
     EXPECT_EQ((QVLJSONDictionary{{"a", QVLJSONArray{nullptr, "b", 1.5}}}).description(), R"({"a":[null,"b",1.5]})");
-    EXPECT_THAT(QVLJSONValue(QVLJSONArray{outputRecord(5)}).description(), testing::MatchesRegex(".<QVLOutput.*value=5."));
+    EXPECT_THAT(QVLJSONValue(QVLJSONArray{outputRecord(5)}).description(),
+                testing::MatchesRegex(".<QVLOutput.*value=5."));
 }
 
 TEST(JSONValue, CopiesRecordsAndSharesEverythingElse) {
@@ -266,7 +268,9 @@ TEST(JSONDictionary, BehavesLikeAMapInWhateverOrderItIsBuilt) {
         return model;
     };
     std::mt19937 random(7); // NOLINT(cert-msc51-cpp): the same dictionaries in every run
-    const auto randomKey = [&] { return std::string(1, static_cast<char>('a' + random() % 6)) + (random() % 2 ? "\xC3" : ""); };
+    const auto randomKey = [&] {
+        return std::string(1, static_cast<char>('a' + random() % 6)) + (random() % 2 ? "\xC3" : "");
+    };
     for (int round = 0; round < 500; ++round) {
         Model under;
         Model over;
@@ -296,7 +300,8 @@ TEST(JSONDictionary, BehavesLikeAMapInWhateverOrderItIsBuilt) {
 }
 
 TEST(JSONDictionary, KeepsItsKeysInTheOrderOfTheirBytes) {
-    const QVLJSONDictionary dictionary{{"\xC3\xA4", 1}, {"b", 2}, {"", 3}, {"a", 4}, {"B", 5}, {"none", QVLJSONValue()}};
+    const QVLJSONDictionary dictionary{{"\xC3\xA4", 1}, {"b", 2}, {"", 3},
+                                       {"a", 4},        {"B", 5}, {"none", QVLJSONValue()}};
     EXPECT_THAT(dictionary.allKeys(), ElementsAre("", "B", "a", "b", "\xC3\xA4"));
     EXPECT_THAT(QVLJSONDictionary().allKeys(), IsEmpty());
     EXPECT_TRUE(QVLJSONArray().valueAtIndex(0).isNothing());

@@ -223,6 +223,7 @@ TEST_F(QVLLinuxJavaScriptContextTest, ARunThatNeverEndsIsEndedFromAnotherThreadA
         "() => { for (;;) quorvel.logLevel({ get level() { for (;;); } }); }",
         "() => { (async () => { for (;;); })(); }",
         "() => { (async () => { await 1; for (;;); })(); }",
+        "() => { function job() { Promise.resolve().then(job); for (;;); } job(); }",
     };
     context->setFunction("quorvel", "logLevel", [](const auto& argument) { static_cast<void>(argument("level")); });
     for (const char* const function : endless) {
