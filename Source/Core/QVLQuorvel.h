@@ -59,7 +59,8 @@ class QVL_EXPORT QVLQuorvel final : public QVLObject,
                                     public QVLJournalsDelegate,
                                     public std::enable_shared_from_this<QVLQuorvel> {
 public:
-    /// An engine that keeps its files in the subdirectory "quorvel" of the directory. Hosts obtain engines from the
+    /// An engine that keeps its files in the subdirectory "quorvel" of the directory; nothing is kept, and each attempt
+    /// logged, with an empty one. Hosts obtain engines from the
     /// environment; an engine without managers runs only what `loadScriptAtPath` loads.
     ///
     /// A journals file whose content is malformed inside is logged, kept aside as "Journals.json.unreadable", and the

@@ -28,7 +28,8 @@ std::string QVLQuorvel::quorvelDirectoryPath() const {
 }
 
 std::string QVLQuorvel::pathInQuorvelDirectory(const char* name) const {
-    return quorvelDirectoryPath() + "/" + name;
+    // An engine without a directory keeps no files, rather than files at the file system's root.
+    return m_contentDirectory.empty() ? std::string() : quorvelDirectoryPath() + "/" + name;
 }
 
 QVLJSONDictionary QVLQuorvel::loadOutputsCache() const {

@@ -91,8 +91,7 @@ public:
     /// timer, or stops it when there are none. Neither saves nor posts.
     void registerABTests(const std::vector<std::string>& testGuids);
 
-    // --- Periodic passes
-    // ----------------------------------------------------------------------------------------------
+    // --- Periodic passes -------------------------------------------------------------------------------------------
 
     /// Asks about each test that is neither decided nor invalid and was last checked longer ago than its interval: an
     /// hour without a participant, else by the participant's frequency. Does nothing while the host cannot be reached.
@@ -111,8 +110,7 @@ public:
     [[nodiscard]] const QVLToken& timer() const { return m_timer; }
     void setTimer(QVLToken timer) { m_timer = std::move(timer); }
 
-    // --- Network
-    // ------------------------------------------------------------------------------------------------------
+    // --- Network ---------------------------------------------------------------------------------------------------
 
     /// Watches the environment's A/B host, in place of what was watched before; without a host the network counts as
     /// there.
@@ -144,8 +142,7 @@ public:
     /// Carries the requests; made on first use.
     [[nodiscard]] const std::shared_ptr<QVLHTTPSession>& urlSession();
 
-    // --- Cache
-    // --------------------------------------------------------------------------------------------------------
+    // --- Cache -----------------------------------------------------------------------------------------------------
 
     /// The cache's directory, made when missing with its parents; a file in its place is removed. Trouble with either
     /// is logged, and the path is answered all the same.

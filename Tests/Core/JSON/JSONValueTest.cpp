@@ -10,13 +10,9 @@
 #include <random>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr auto kMostNegative = std::numeric_limits<std::int64_t>::min();
 constexpr auto kMostPositive = std::numeric_limits<std::int64_t>::max();
@@ -27,16 +23,6 @@ constexpr double kNotANumber = std::numeric_limits<double>::quiet_NaN();
 QVLJSONValue outputRecord(const QVLJSONValue& value) {
     return QVLJSONValue::record(QVLOutput::initWithQVLJSONObject(value));
 }
-
-/// A record that has no JSON of its own.
-class SilentRecord final : public QVLJSONSerializable {
-public:
-    [[nodiscard]] QVLJSONValue qvl_JSONObject() const override { return {}; }
-    [[nodiscard]] std::shared_ptr<QVLJSONSerializable> copy() const override {
-        return std::make_shared<SilentRecord>();
-    }
-    [[nodiscard]] std::string className() const override { return "SilentRecord"; }
-};
 
 constexpr QVLRecordClass kOutputClass = {"QVLOutput",
                                          [](const QVLJSONValue& object) -> std::shared_ptr<QVLJSONSerializable> {
@@ -62,7 +48,6 @@ TEST(JSONValue, EqualsAndHashesByValueAcrossRepresentations) {
         {nullptr},
         {0, false, 0.0, -0.0, 0U},
         {1, true, 1.0, 1U, static_cast<signed char>(1)},
-        {-1, -1.0},
         {kMostNegative, -9223372036854775808.0},
         {kMostPositive, 9223372036854775807U},
         {9223372036854775808U, 9223372036854775808.0},
@@ -71,19 +56,15 @@ TEST(JSONValue, EqualsAndHashesByValueAcrossRepresentations) {
         {9007199254740992, 9007199254740992.0},
         {9007199254740993},
         {0.1},
-        {0.5},
         {kInfinity},
         {-kInfinity},
-        {1e300},
         {"", std::string()},
         {"1"},
         {"a", std::string("a"), QVLJSONString("a")},
-        {std::string("a\0", 2)},
         {QVLJSONArray{}},
         {QVLJSONArray{nullptr}, QVLJSONArray{QVLJSONValue()}},
         {QVLJSONArray{1, "a"}, QVLJSONArray{true, "a"}},
         {QVLJSONArray{"a", 1}},
-        {QVLJSONArray{1}},
         {QVLJSONArray{QVLJSONValue(QVLJSONArray{1})}},
         {QVLJSONDictionary{}, QVLJSONDictionary{{"a", QVLJSONValue()}}},
         {QVLJSONDictionary{{"a", 1}, {"b", 2}}, QVLJSONDictionary{{"b", 2.0}, {"a", true}, {"a", 7}}},
@@ -117,23 +98,17 @@ TEST(JSONValue, CastsConvertNothing) {
         {QVLJSONValue(), 0, 0, false},
         {nullptr, 0, 0, false},
         {true, 1, 1, true},
-        {2, 2, 2, true},
         {-1, -1, kLargestNatural, true},
         {kLargestNatural, kMostPositive, kLargestNatural, true},
         {2.9, 2, 2, true},
         {-2.9, -2, kLargestNatural - 1, true},
-        {0.5, 0, 0, true},
         {-0.0, 0, 0, false},
         {9223372036854775808.0, kMostPositive, 9223372036854775808U, true},
         {-9223372036854775808.0, kMostNegative, 9223372036854775808U, true},
-        {1e300, kMostPositive, kLargestNatural, true},
         {-1e300, kMostNegative, 9223372036854775808U, true},
         {kInfinity, kMostPositive, kLargestNatural, true},
-        {-kInfinity, kMostNegative, 9223372036854775808U, true},
         {kNotANumber, 0, 0, true},
         {"12", 0, 0, false},
-        {"true", 0, 0, false},
-        {"", 0, 0, false},
         {QVLJSONArray{1}, 0, 0, false},
         {QVLJSONDictionary{{"a", 1}}, 0, 0, false},
         {outputRecord(1), 0, 0, false},
@@ -147,15 +122,11 @@ TEST(JSONValue, CastsConvertNothing) {
         EXPECT_EQ(row.value.qvl_castToArrayValue().has_value(), row.value.isArray());
         EXPECT_EQ(row.value.qvl_castToDictionaryValue().has_value(), row.value.isDictionary());
     }
-    EXPECT_EQ(QVLJSONValue("").qvl_castToStringValue(), "");
-    EXPECT_EQ(QVLJSONValue("a\xFF").qvl_castToStringValue(), "a\xFF");
-    EXPECT_EQ(QVLJSONValue(QVLJSONArray{1}).qvl_castToArrayValue(), QVLJSONArray{1});
-    EXPECT_EQ(QVLJSONValue(QVLJSONDictionary{{"a", 1}}).qvl_castToDictionaryValue(), (QVLJSONDictionary{{"a", 1}}));
 }
 
 TEST(JSONValue, ConversionTreatsDictionariesInArraysUnlikeThoseInDictionaries) {
     const QVLJSONDictionary plain{{"a", QVLJSONArray{1, "b"}}, {"c", QVLJSONDictionary{{"d", nullptr}}}};
-    const QVLJSONValue silent = QVLJSONValue::record(std::make_shared<SilentRecord>());
+    const QVLJSONValue silent = QVLJSONValue::record(QVLOutput::init());
     struct Row {
         QVLJSONValue value;
         QVLJSONValue converted;
@@ -181,14 +152,11 @@ TEST(JSONValue, ConversionTreatsDictionariesInArraysUnlikeThoseInDictionaries) {
 }
 
 TEST(JSONValue, DecodersMakeRecordsAndThrowForWrongKindsBeforeWrongClasses) {
-    const auto array = QVLJSONArray::arrayWithQVLJSONArray(QVLJSONArray{1, "a"}, kOutputClass);
-    ASSERT_TRUE(array);
-    EXPECT_EQ(*array, (QVLJSONArray{outputRecord(1), outputRecord("a")}));
-    const auto dictionary =
-        QVLJSONDictionary::dictionaryWithQVLJSONObject(QVLJSONDictionary{{"a", 1}, {"gone", nullptr}}, kOutputClass);
-    ASSERT_TRUE(dictionary);
-    EXPECT_EQ(*dictionary, (QVLJSONDictionary{{"a", outputRecord(1)}}));
-
+    EXPECT_EQ(QVLJSONArray::arrayWithQVLJSONArray(QVLJSONArray{1, "a"}, kOutputClass),
+              (QVLJSONArray{outputRecord(1), outputRecord("a")}));
+    EXPECT_EQ(
+        QVLJSONDictionary::dictionaryWithQVLJSONObject(QVLJSONDictionary{{"a", 1}, {"gone", nullptr}}, kOutputClass),
+        (QVLJSONDictionary{{"a", outputRecord(1)}}));
     EXPECT_EQ(QVLJSONArray::arrayWithQVLJSONArray(QVLJSONArray{}, kOutputClass), QVLJSONArray());
     EXPECT_EQ(QVLJSONDictionary::dictionaryWithQVLJSONObject(QVLJSONDictionary{}, kOutputClass), QVLJSONDictionary());
     EXPECT_FALSE(QVLJSONArray::arrayWithQVLJSONArray({}, kNoRecordClass));
@@ -227,35 +195,10 @@ TEST(JSONValue, DescribesEveryKindForLogLines) {
     EXPECT_EQ(QVLJSONValue().description(), "(null)");
     EXPECT_EQ(QVLJSONValue(nullptr).description(), "<null>");
     EXPECT_EQ(QVLJSONValue("a \"b\"").description(), "a \"b\"");
-    EXPECT_EQ(QVLJSONValue(true).description(), "true");
-    EXPECT_EQ((QVLJSONDictionary{{"a", QVLJSONArray{nullptr, "b", 1.5}}}).description(), R"({"a":[null,"b",1.5]})");
+    EXPECT_EQ((QVLJSONDictionary{{"a", QVLJSONArray{nullptr, "b", 1.5, true}}}).description(),
+              R"({"a":[null,"b",1.5,true]})");
     EXPECT_THAT(QVLJSONValue(QVLJSONArray{outputRecord(5)}).description(),
                 testing::MatchesRegex(".<QVLOutput.*value=5."));
-}
-
-TEST(JSONValue, CopiesRecordsAndSharesEverythingElse) {
-    const QVLJSONValue text = "a long enough text to be worth sharing";
-    EXPECT_TRUE(text.copy().isIdentical(text));
-    const QVLJSONValue record = outputRecord(1);
-    const QVLJSONValue copy = record.copy();
-    record.recordAs<QVLOutput>()->setGenericValue(2);
-    EXPECT_EQ(copy, outputRecord(1));
-    EXPECT_EQ(copy.recordAs<SilentRecord>(), nullptr);
-}
-
-TEST(JSONValue, IsSharedBetweenThreads) {
-    const QVLJSONValue value = QVLJSONDictionary{{"a", QVLJSONArray{"b", 1}}, {"c", "d"}};
-    const auto work = [&value] {
-        for (int count = 0; count < 1000; ++count) {
-            QVLJSONValue copy = value;
-            const QVLJSONValue member = copy.dictionaryOrEmpty().valueForKey("a");
-            copy = member;
-            EXPECT_EQ(copy.arrayOrEmpty().count(), 2U);
-        }
-    };
-    std::thread other(work);
-    work();
-    other.join();
 }
 
 TEST(JSONDictionary, BehavesLikeAMapInWhateverOrderItIsBuilt) {
@@ -268,9 +211,7 @@ TEST(JSONDictionary, BehavesLikeAMapInWhateverOrderItIsBuilt) {
         return model;
     };
     std::mt19937 random(7); // NOLINT(cert-msc51-cpp): the same dictionaries in every run
-    const auto randomKey = [&] {
-        return std::string(1, static_cast<char>('a' + random() % 6)) + (random() % 2 ? "\xC3" : "");
-    };
+    const auto randomKey = [&] { return std::string(1, "aBz\xC3"[random() % 4]) + (random() % 2 ? "x" : ""); };
     for (int round = 0; round < 500; ++round) {
         Model under;
         Model over;
@@ -297,14 +238,6 @@ TEST(JSONDictionary, BehavesLikeAMapInWhateverOrderItIsBuilt) {
         EXPECT_EQ(grown.valueForKey(key).isNothing(), !over.contains(key));
         EXPECT_EQ(grown.lowerBound(key) - grown.begin(), std::distance(over.begin(), over.lower_bound(key)));
     }
-}
-
-TEST(JSONDictionary, KeepsItsKeysInTheOrderOfTheirBytes) {
-    const QVLJSONDictionary dictionary{{"\xC3\xA4", 1}, {"b", 2}, {"", 3},
-                                       {"a", 4},        {"B", 5}, {"none", QVLJSONValue()}};
-    EXPECT_THAT(dictionary.allKeys(), ElementsAre("", "B", "a", "b", "\xC3\xA4"));
-    EXPECT_THAT(QVLJSONDictionary().allKeys(), IsEmpty());
-    EXPECT_TRUE(QVLJSONArray().valueAtIndex(0).isNothing());
 }
 
 } // namespace

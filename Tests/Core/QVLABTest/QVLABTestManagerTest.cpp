@@ -127,7 +127,8 @@ TEST_F(QVLABTestManagerTest, TicksOnlyWhileATestIsUndecided) {
 }
 
 TEST_F(QVLABTestManagerTest, RegistersTheListedTestsWithWhatIsKnownOfThem) {
-    writeCache(R"({"kept":{"testGuid":"kept","status":3,"lastCheckTime":1699999990},
+    // A result is found under the file's key and saved under its own guid.
+    writeCache(R"({"kept":{"testGuid":"inner","status":3,"lastCheckTime":1699999990},
                    "dropped":{"testGuid":"dropped","status":3}})");
     environment->setAbtestGuids({"kept", "new", "kept"});
     makeManager();
@@ -135,7 +136,7 @@ TEST_F(QVLABTestManagerTest, RegistersTheListedTestsWithWhatIsKnownOfThem) {
     EXPECT_EQ(manager->testResults().size(), 2U);
     EXPECT_EQ(stateOf("kept"), "3 10 --");
     EXPECT_EQ(stateOf("new"), "0 1700000000 --");
-    EXPECT_EQ(cache(), R"({"kept":{"lastCheckTime":1699999990,"status":3,"testGuid":"kept"},)"
+    EXPECT_EQ(cache(), R"({"inner":{"lastCheckTime":1699999990,"status":3,"testGuid":"inner"},)"
                        R"("new":{"lastCheckTime":0,"status":0,"testGuid":"new"}})");
 }
 
@@ -198,8 +199,6 @@ TEST_F(QVLABTestManagerTest, LogsTroubleWithTheCacheDirectoryAndGoesOn) {
 TEST_F(QVLABTestManagerTest, TakesWhatIsUsableOfACacheFile) {
     const std::vector<std::pair<std::string, std::string>> rows = {
         {kDecided, "2 now -W"},
-        // The file's key counts, not the guid inside.
-        {R"({"t":{"testGuid":"other","status":3}})", "3 1700000000 --"},
         {R"({"t":{"testGuid":"t","status":3,"lastCheckTime":-1e999}})", "0 1700000000 --"},
         {R"({"t":{"status":3}})", "0 1700000000 --"},
         {R"({"t":[]})", "0 1700000000 --"},

@@ -39,11 +39,9 @@ TEST(ScriptVersion, IsFoundInTheFirstHeaderLine) {
         {"// Build: Quorvel-2.14.0.js\nx();\n", "2.14.0"},
         {"// Quorvel 1.0.0xjs", "1.0.0"},
         {"// Quorvel 1.0.0js", "1.0."},
-        {"// Quorvel js", "js"},
         {"// Quorvel .js", ".js"},
         {"// Quorvel x.js.js", "x.js"},
         {"// Quorvel 1.0 beta (\xC3\xA9) ", "1.0 beta (\xC3\xA9) "},
-        {"// Quorvel  1", " 1"},
         {"/*\n * x\n */\n\n// Build: Quorvel 3.1.0\n", "3.1.0"},
         {"// Quorvel 1\n// Quorvel 2\n", "1"},
         {"// Quorvel \n// Quorvel 2", "2"},
@@ -54,11 +52,9 @@ TEST(ScriptVersion, IsFoundInTheFirstHeaderLine) {
         {"//Quorvel 3.1.0", std::nullopt},
         {"// Quorvel_3.1.0", std::nullopt},
         {"// Quorvel", std::nullopt},
-        {"// Quorvel ", std::nullopt},
         {"// quorvel 1", std::nullopt},
         {" // Quorvel 1", std::nullopt},
         {"x // Quorvel 1", std::nullopt},
-        {"// Build:Quorvel 1", std::nullopt},
         {"// Quorvel\n1.0", std::nullopt},
     };
     for (const Row& row : rows) {
@@ -130,8 +126,6 @@ TEST_F(Script, AFeedEntryThatLacksSomethingIsRefusedWithOneLine) {
         EXPECT_EQ(QVLScript::scriptWithJSONObject(entry), nullptr) << entry.description();
         EXPECT_THAT(m_log->take(), ElementsAre("error QVLScript: " + (row.reason + entry.description())));
     }
-    EXPECT_EQ(QVLScript::scriptWithJSONObject({}), nullptr);
-    EXPECT_THAT(m_log->take(), ElementsAre("error QVLScript: " + (kNoVersion + std::string("{}"))));
 }
 
 TEST_F(Script, AFileBecomesAnAvailableRecord) {
@@ -169,19 +163,7 @@ TEST_F(Script, AFileThatIsMissingOrNoTextIsUnknown) {
     EXPECT_THAT(m_log->take(), ElementsAre(line, line));
 }
 
-TEST_F(Script, ObserversAreToldOfEveryAssignmentUntilTheirTokenGoes) {
-    const auto script = scriptOf("1", QVLScriptSourceRemote);
-    std::vector<QVLScriptState> states;
-    QVLToken token = script->observeState([&](QVLScript& told) { states.push_back(told.state()); });
-    script->setState(QVLScriptStateDownloading);
-    script->setState(QVLScriptStateDownloading);
-    EXPECT_THAT(states, ElementsAre(QVLScriptStateDownloading, QVLScriptStateDownloading));
-    token.reset();
-    script->setState(QVLScriptStateAvailable);
-    EXPECT_EQ(states.size(), 2U);
-}
-
-TEST_F(Script, AnObserverMayRemoveItselfAndOthersAndDropTheRecord) {
+TEST_F(Script, ObserversAreToldOfEveryAssignmentAndMayRemoveOthersAndDropTheRecord) {
     auto script = scriptOf("1", QVLScriptSourceRemote);
     std::string calls;
     QVLToken second;
@@ -201,6 +183,14 @@ TEST_F(Script, AnObserverMayRemoveItselfAndOthersAndDropTheRecord) {
     script->setState(QVLScriptStateFailed);
     EXPECT_EQ(calls, "first dropping last");
     EXPECT_EQ(script, nullptr);
+    const auto other = scriptOf("1", QVLScriptSourceRemote);
+    QVLToken token =
+        other->observeState([&](QVLScript& told) { calls += told.state() == QVLScriptStateFailed ? "!" : "?"; });
+    other->setState(QVLScriptStateFailed);
+    other->setState(QVLScriptStateFailed);
+    token.reset();
+    other->setState(QVLScriptStateFailed);
+    EXPECT_EQ(calls, "first dropping last!!");
 }
 
 TEST_F(Script, EqualsRecordsOfTheSameVersionAndSource) {
