@@ -34,6 +34,11 @@ Examples:
       keeps journals and outputs in "state" from one run to the next
   TerminalHost -QVLQuorvelOverride.input.deviceCount 5
       what if the user had five devices?
+  TerminalHost --interactive
+      stays running; type help for the commands
+  TerminalHost --serve scripts --unlock
+      fetches scripts/quorvel.js and the scripts of scripts/nightly.json;
+      the commands scripts, fetch and pin show and choose them
 
 Ends with 0 when the script answered, 1 when it failed, 2 for wrong options or
 files, and 128 plus the number of the signal that ended it.)";
@@ -110,6 +115,18 @@ void declare(CLI::App& app, Options& options, std::vector<std::string>& flags) {
     app.add_option("--flag", flags, "set a flag before the run; may be repeated")
         ->option_text("KEY[=yes|no]")
         ->allow_extra_args(false);
+    app.add_flag("--interactive", options.isInteractive, "stay running, obey commands, follow the inputs file");
+    app.add_flag("--account", options.hasAccount, "an account's engine; interactive");
+    app.add_flag("--unlock", options.isUnlocked, "copy the developer key, for nightly scripts; interactive");
+    app.add_option("--remote-script", options.remoteScript, "where a script is fetched from; interactive")
+        ->option_text("URL");
+    app.add_option("--nightly-feed", options.nightlyFeed, "where the nightly feed is fetched from; interactive")
+        ->option_text("URL");
+    app.add_option("--serve", options.servedDirectory, "serve its quorvel.js and nightly.json; implies --account")
+        ->option_text("DIR");
+    app.add_option("--port", options.port, "port for --serve; any free one if not given")
+        ->option_text("N")
+        ->check(CLI::Range(0, 65535));
     app.add_flag("--verbose", options.isVerbose, "show debug lines of the log too");
 }
 
@@ -133,11 +150,15 @@ Options Options::fromArguments(int count, const char* const* arguments) {
     for (const std::string& flag : flags) {
         options.flags.push_back(flagFrom(flag));
     }
+    options.hasAccount = options.hasAccount || options.servedDirectory;
+    options.isInteractive = options.isInteractive || options.hasAccount || options.isUnlocked || options.remoteScript ||
+                            options.nightlyFeed;
     if (app.count("--inputs") == 0) {
         options.inputsPath = sampleDataPath("inputs.json");
     }
     if (app.count("--journals") == 0) {
-        options.journalsPath = defaultJournalsPath(options.directory);
+        options.journalsPath = defaultJournalsPath(
+            options.directory && options.hasAccount ? *options.directory + kAccountSubdirectory : options.directory);
     }
     return options;
 }

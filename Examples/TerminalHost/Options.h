@@ -6,6 +6,9 @@
 
 namespace host {
 
+/// Where an account's engine keeps its files, inside the directory.
+inline constexpr const char* kAccountSubdirectory = "/account";
+
 /// What the user asked for on the command line.
 struct Options {
     struct Flag {
@@ -24,6 +27,18 @@ struct Options {
     std::vector<std::string> events;
     std::vector<Flag> flags;
     bool isVerbose = false;
+
+    /// Stays running and obeys commands. The options below imply it.
+    bool isInteractive = false;
+    /// An account's engine instead of the one for the time before login.
+    bool hasAccount = false;
+    /// Lets nightly scripts take part.
+    bool isUnlocked = false;
+    std::optional<std::string> remoteScript;
+    std::optional<std::string> nightlyFeed;
+    std::optional<std::string> servedDirectory;
+    /// 0 for any free one.
+    int port = 0;
 
     /// Set when the user asked for nothing but a text, such as the help.
     std::optional<std::string> textToShow;

@@ -1,5 +1,6 @@
 #include "Host.h"
 #include "HostError.h"
+#include "LiveHost.h"
 
 #include <csignal>
 #include <cstdio>
@@ -10,7 +11,8 @@ namespace {
 
 int runHost(const host::Options& options) {
     const auto console = std::make_shared<host::Console>();
-    const int exitCode = host::Host(options, console).run();
+    const int exitCode =
+        options.isInteractive ? host::LiveHost(options, console).run() : host::Host(options, console).run();
     if (const int error = console->writeError()) {
         throw host::HostError("cannot write to standard output: " + std::generic_category().message(error));
     }

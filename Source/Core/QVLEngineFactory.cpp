@@ -9,7 +9,8 @@
 std::shared_ptr<QVLQuorvel> QVLQuorvelEnvironment::quorvelWithAccount(const std::shared_ptr<QVLAccount>& account) {
     const auto scriptManager = QVLScriptManager::initWithEnvironment(shared_from_this());
     const auto abtestManager = QVLABTestManager::initWithEnvironment(shared_from_this(), account);
-    return QVLQuorvel::initWithDirectory(account->accountDirectory(), scriptManager, abtestManager);
+    return QVLQuorvel::initWithDirectory(account ? account->accountDirectory() : std::string(), scriptManager,
+                                         abtestManager);
 }
 
 std::shared_ptr<QVLQuorvel> QVLQuorvelEnvironment::quorvelForPreLogin() {

@@ -74,12 +74,14 @@ void QVLQuorvel::setUp() {
 }
 
 QVLQuorvel::~QVLQuorvel() {
-    m_runner->abandon();
+    if (m_runner) {
+        m_runner->abandon();
+    }
     if (m_abtestManager) {
         m_abtestManager->tearDown();
     }
     m_observations.clear();
-    if (m_runner->hasMadeContext()) {
+    if (m_runner && m_runner->hasMadeContext()) {
         // The machine ends on the queue that used it.
         m_qvlQueue->async([runner = std::move(m_runner)] {});
     }
@@ -139,6 +141,7 @@ void QVLQuorvel::stop() {
 }
 
 void QVLQuorvel::fetchScriptNow() {
+    const std::shared_ptr<QVLQuorvel> self = shared_from_this();
     if (m_scriptManager) {
         m_scriptManager->fetchScriptsNow();
     }

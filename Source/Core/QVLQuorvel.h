@@ -133,8 +133,7 @@ public:
     void resetJournals();
 
     /// The events that the last answer gave as dimensions, for the host to add to events of its own.
-    [[nodiscard]] const std::vector<std::shared_ptr<QVLAnalyticsEventInternal>>&
-    analyticsEventsWithExtraDimensions() const {
+    [[nodiscard]] std::vector<std::shared_ptr<QVLAnalyticsEventInternal>> analyticsEventsWithExtraDimensions() const {
         return m_analyticsEventsWithExtraDimensions;
     }
     /// Posts the events as "QVLGoogleAnalyticsEventsDidOccurNotification"; none posts nothing. Main thread (asserted).
@@ -149,7 +148,8 @@ public:
     // the category "qvl_load".
 
     /// Runs the work on the engine's queue, after what is queued already; drops it when the engine has ended by then.
-    /// The engine lives until the work returns. Any thread.
+    /// The engine lives until the work returns: a script that never does so in here is ended by `stop` only. Any
+    /// thread.
     void performOnQueue(std::function<void(QVLQuorvel&)> work);
 
     /// Loads a script's text into a fresh machine and tests that it supports this host. True when it is usable. Fails

@@ -65,14 +65,12 @@ void QVLQuorvel::applyAnswer(const QVLJSONDictionary& answer) {
 }
 
 void QVLQuorvel::handleFailedReload() {
-    const std::optional<std::string> headerVersion = lastLoadedFileHeaderVersion();
-    const QVLLocalization& localization = *m_platform->localization;
-    const std::string text =
-        headerVersion ? QVLStringWithFormat("%@ (%@)", *headerVersion, localization.localizedString(kFailedKey))
-                      : localization.localizedString(kNoScriptKey);
+    const std::string failed = m_platform->localization->localizedString(kFailedKey);
+    const std::string noScript = m_platform->localization->localizedString(kNoScriptKey);
     m_runner->updateStatus([&](QVLScriptRunner::Status& status) {
+        const std::optional<std::string>& headerVersion = status.lastLoadedFileHeaderVersion;
+        status.lastRunVersion = headerVersion ? QVLStringWithFormat("%@ (%@)", *headerVersion, failed) : noScript;
         status.lastRunDate.reset();
-        status.lastRunVersion = text;
         status.lastLoadedFileHeaderVersion.reset();
     });
     setScriptAvailability(QVLScriptAvailabilityUnavailable);

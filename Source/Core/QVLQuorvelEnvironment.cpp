@@ -141,7 +141,10 @@ bool QVLQuorvelEnvironment::persistDebugOverrides() const {
 void QVLQuorvelEnvironment::setPersistDebugOverrides(bool persist) {
     QVLUserDefaults::standardUserDefaults()->setObjectForKey(persist, kQVLPersistOverridesKey);
     for (const auto& observer : std::vector(m_persistObservers->all)) {
-        (*observer)();
+        const auto& registered = m_persistObservers->all;
+        if (std::find(registered.begin(), registered.end(), observer) != registered.end()) {
+            (*observer)();
+        }
     }
 }
 
@@ -153,7 +156,11 @@ QVLToken QVLQuorvelEnvironment::observePersistDebugOverrides(std::function<void(
 
 std::optional<std::string> QVLQuorvelEnvironment::environmentDirectory() const {
     const std::shared_ptr<QVLFileManager> fileManager = QVLPlatform::current()->fileManager;
-    const std::optional<std::string> base = applicationSupportDirectory();
+    std::optional<std::string> base = applicationSupportDirectory();
+    if (base && base->empty()) {
+        // Would be the file system's root.
+        base.reset();
+    }
     if (!base) {
         QVL_LOG_ERROR(this, "Quorvel environment directory has not been set.");
     }

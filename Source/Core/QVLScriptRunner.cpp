@@ -71,11 +71,11 @@ void QVLScriptRunner::reloadScript() {
 }
 
 bool QVLScriptRunner::loadCurrentScript() {
-    const std::optional<std::string> path = pathOfCurrentScript();
+    const std::optional<std::string> path = pathOfScriptToRun();
     return path && loadScriptAtPath(*path);
 }
 
-std::optional<std::string> QVLScriptRunner::pathOfCurrentScript() const {
+std::optional<std::string> QVLScriptRunner::pathOfScriptToRun() const {
     const auto living = engine();
     if (!living || !living->scriptManager()) {
         return std::nullopt;
@@ -86,7 +86,8 @@ std::optional<std::string> QVLScriptRunner::pathOfCurrentScript() const {
     if (!script || (!manager.remoteScript() && !living->isPreLogin())) {
         return std::nullopt;
     }
-    return manager.localPathForScript(*script);
+    // A script without a place for its file is one whose file is not found.
+    return manager.localPathForScript(*script).value_or("");
 }
 
 void QVLScriptRunner::sendEventForLoadingStatus(const std::string& status,

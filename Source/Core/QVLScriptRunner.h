@@ -85,10 +85,11 @@ private:
     [[nodiscard]] std::optional<QVLJSONDictionary> process(const Text& inputs, const Text& journals);
     [[nodiscard]] std::optional<QVLJSONDictionary> checkedAnswer(const QVLJavaScriptAnswer& answer);
     [[nodiscard]] bool loadCurrentScript();
-    [[nodiscard]] std::optional<std::string> pathOfCurrentScript() const;
+    /// No value when there is no script that may be run.
+    [[nodiscard]] std::optional<std::string> pathOfScriptToRun() const;
     [[nodiscard]] bool shouldInterrupt() const;
     void installGlobalObject();
-    /// Tells what a script threw, at debug level; the specified lines stay as they are.
+    /// Tells what a script threw, at debug level, beside the line that hosts know.
     void logException(const std::optional<QVLJavaScriptException>& exception) const;
     /// Runs the action with the engine on the main thread, if it still lives then.
     void onMain(std::function<void(QVLQuorvel&)> action) const;

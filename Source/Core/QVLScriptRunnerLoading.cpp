@@ -83,6 +83,9 @@ bool QVLScriptRunner::loadScriptWithJSContent(std::string_view content) {
     }
     if (!m_jsContext || !m_jsContext->hasMember(kGlobalObject, kProcessMember)) {
         const auto exception = m_jsContext ? m_jsContext->takeException() : std::nullopt;
+        if (shouldInterrupt()) {
+            return false;
+        }
         QVL_LOG_ERROR(engine().get(), "Script evaluation has thrown JavaScript exception: %@",
                       exception ? std::optional(exception->text) : std::nullopt);
         logException(exception);

@@ -14,7 +14,7 @@ constexpr const char* kEmptyObject = "{}";
 std::string joined(const std::vector<std::string>& names, std::string_view separator) {
     std::string text;
     for (const std::string& name : names) {
-        text.append(text.empty() ? std::string_view() : separator).append(name);
+        text.append(&name == &names.front() ? std::string_view() : separator).append(name);
     }
     return text;
 }

@@ -8,20 +8,20 @@ class QVL_EXPORT QVLJournalCollectionDelegate : public QVLPropertyCollectionDele
 
 /// Journal records of one class by key.
 ///
-/// A property collection whose base layer holds records instead of plain values and that has no prefix in the user defaults.
-/// It makes records on first use, is told by its records when they change in place, and takes an empty record and a missing
-/// one for the same. Main thread, but for `publishedJSONObject`.
+/// A property collection whose base layer holds records instead of plain values and that has no prefix in the user
+/// defaults. It makes records on first use, is told by its records when they change in place, and takes an empty record
+/// and a missing one for the same. Main thread, but for `publishedJSONObject`.
 class QVL_EXPORT QVLJournalCollection final : public QVLPropertyCollection {
 public:
     /// An empty collection. A class that does not derive from `QVLJournalObject` fails an assertion.
     [[nodiscard]] static std::shared_ptr<QVLJournalCollection> initWithJournalClass(const QVLRecordClass& journalClass);
 
-    /// Replaces the base layer: the old records no longer report to this collection, the new ones do, and what changed is
-    /// reported. The very dictionary already held does nothing.
+    /// Replaces the base layer: the old records no longer report to this collection, the new ones do, and what changed
+    /// is reported. The very dictionary already held does nothing.
     void setCollection(const QVLJSONDictionary& collection) override;
 
-    /// The record for the key, an override before the base layer's; made empty, and not reported, when the base layer has
-    /// none. Null only when the collection pretends to be empty or its class makes no records.
+    /// The record for the key, an override before the base layer's; made empty, and not reported, when the base layer
+    /// has none. Null only when the collection pretends to be empty or its class makes no records.
     [[nodiscard]] std::shared_ptr<QVLJournalObject> nonNullObjectForKey(const std::string& key);
 
     /// The merged records that are not empty.

@@ -13,8 +13,8 @@ class QVL_EXPORT QVLJournalEvent final : public QVLJournalObject {
 public:
     /// An empty event that belongs to no collection.
     [[nodiscard]] static std::shared_ptr<QVLJournalEvent> init();
-    /// An event from its JSON form. A value that is no JSON object is logged ("Could not load event from JSON: %@") and gives
-    /// an empty event; a date that does not parse is left out.
+    /// An event from its JSON form. A value that is no JSON object is logged ("Could not load event from JSON: %@") and
+    /// gives an empty event; a date that does not parse is left out.
     [[nodiscard]] static std::shared_ptr<QVLJournalEvent> initWithQVLJSONObject(const QVLJSONValue& JSONObject);
 
     /// Records one occurrence now and reports one change.

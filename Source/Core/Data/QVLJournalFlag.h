@@ -10,8 +10,8 @@ class QVL_EXPORT QVLJournalFlag final : public QVLJournalObject {
 public:
     /// An empty flag that belongs to no collection.
     [[nodiscard]] static std::shared_ptr<QVLJournalFlag> init();
-    /// A flag from its JSON form. A value that is no JSON object is logged ("Could not load flag from JSON: %@") and gives an
-    /// empty flag; a date that does not parse is left out.
+    /// A flag from its JSON form. A value that is no JSON object is logged ("Could not load flag from JSON: %@") and
+    /// gives an empty flag; a date that does not parse is left out.
     [[nodiscard]] static std::shared_ptr<QVLJournalFlag> initWithQVLJSONObject(const QVLJSONValue& JSONObject);
 
     /// Sets the fact, its time to now, and reports a change, also when the fact stays the same.

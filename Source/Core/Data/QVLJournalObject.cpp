@@ -58,7 +58,8 @@ void QVLJournalObject::reportChange() {
     }
 }
 
-void qvl::addDate(std::vector<QVLJSONDictionary::Entry>& members, const char* name, const std::optional<QVLDate>& date) {
+void qvl::addDate(std::vector<QVLJSONDictionary::Entry>& members, const char* name,
+                  const std::optional<QVLDate>& date) {
     if (date) {
         members.push_back({name, QVLDateFormatter::sharedFormatter().stringFromDate(*date)});
     }

@@ -31,7 +31,8 @@ public:
     [[nodiscard]] bool isEqual(const QVLObject& other) const override;
     [[nodiscard]] std::size_t hash() const override;
 
-    /// The default text followed by the compact JSON text. A record that is no valid JSON object logs "Invalid JSON object:
+    /// The default text followed by the compact JSON text. A record that is no valid JSON object logs "Invalid JSON
+    /// object:
     /// %@" and gives the default text alone.
     [[nodiscard]] std::string description() const override;
     /// A record of the same class with every field, owned by the same collection. Reports nothing.

@@ -96,7 +96,7 @@ std::shared_ptr<QVLJournalFlag> QVLJournals::flagForKey(const std::string& key) 
 
 void QVLJournals::triggerSessionEventForKey(const std::string& key) {
     const std::shared_ptr<QVLJournalEvent> event = eventForKey(key);
-    if (m_triggeredSessionEvents.contains(key) && !event->isEmpty()) {
+    if (!event || (m_triggeredSessionEvents.contains(key) && !event->isEmpty())) {
         return;
     }
     m_triggeredSessionEvents.insert(key);
@@ -182,7 +182,8 @@ bool QVLJournals::loadFromObsoleteJSONObject(const QVLJSONDictionary& JSONObject
     return true;
 }
 
-void QVLJournals::collection(QVLPropertyCollection& /*collection*/, const std::vector<std::string>& /*objectsDidChange*/) {
+void QVLJournals::collection(QVLPropertyCollection& /*collection*/,
+                             const std::vector<std::string>& /*objectsDidChange*/) {
     if (const auto delegate = m_delegate.lock()) {
         delegate->journalsDidChange(*this);
     }

@@ -29,8 +29,8 @@ class QVL_EXPORT QVLEventSessionLink final {};
 
 /// All journal records of one engine: events and flags by the keys that the host chooses.
 ///
-/// Records are made on first use and changed in place; every change reaches the delegate, which for an engine's journals
-/// saves the file, posts and evaluates. A *session event* is counted at most once per session of the host.
+/// Records are made on first use and changed in place; every change reaches the delegate, which for an engine's
+/// journals saves the file, posts and evaluates. A *session event* is counted at most once per session of the host.
 /// Main thread, but for `publishedJSONObject`.
 class QVL_EXPORT QVLJournals final : public QVLJSONCompatible,
                                      public QVLJournalCollectionDelegate,
@@ -40,7 +40,8 @@ public:
     /// Throws what `loadFromJSONObject` throws.
     [[nodiscard]] static std::shared_ptr<QVLJournals> initWithQVLJSONObject(const QVLJSONValue& JSONObject);
 
-    /// The record for the key; made empty, and not reported, when there is none. Never null.
+    /// The record for the key; made empty, and not reported, when there is none. Null only while the
+    /// collection pretends to be empty, or under an override that is no such record.
     [[nodiscard]] std::shared_ptr<QVLJournalEvent> eventForKey(const std::string& key);
     [[nodiscard]] std::shared_ptr<QVLJournalFlag> flagForKey(const std::string& key);
 
@@ -50,8 +51,8 @@ public:
 
     /// Triggers the key's event unless that was done in this session already. One emptied since is triggered again.
     void triggerSessionEventForKey(const std::string& key);
-    /// Links the key as a session event, triggers it for this session, and returns the link. The key counts in every later
-    /// session for as long as somebody holds the link.
+    /// Links the key as a session event, triggers it for this session, and returns the link. The key counts in every
+    /// later session for as long as somebody holds the link.
     [[nodiscard]] std::shared_ptr<QVLEventSessionLink> eventSessionLinkForKey(const std::string& key);
     /// Begins a new session: triggers every key whose link is held.
     void triggerSessionEvents();
@@ -59,14 +60,14 @@ public:
     /// Removes every record of both collections and reports those that were not empty. Overrides stay.
     void reset();
 
-    /// The form of the journals file: "__version__", "events" and "flags", records that are empty left out. All three are
-    /// always there.
+    /// The form of the journals file: "__version__", "events" and "flags", records that are empty left out. All three
+    /// are always there.
     [[nodiscard]] QVLJSONValue qvl_JSONObject() const override;
     /// The same form as of the last reported change. Any thread.
     [[nodiscard]] QVLJSONValue publishedJSONObject() const;
 
-    /// Replaces both collections with what the value holds in the file form or in the older one without a version. False,
-    /// with one error line and nothing loaded, for a value that is no object or has another version. Throws
+    /// Replaces both collections with what the value holds in the file form or in the older one without a version.
+    /// False, with one error line and nothing loaded, for a value that is no object or has another version. Throws
     /// `std::invalid_argument` ("Bad object: %@") when "events" or "flags" is there and no object.
     bool loadFromJSONObject(const QVLJSONValue& JSONObject);
     /// Reads the older form, a map from key to "lastTimeShown", "shownCount" and "optedOut". Throws

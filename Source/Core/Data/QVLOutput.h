@@ -8,8 +8,8 @@
 
 /// One output of the rules: a JSON value with readers that never fail.
 ///
-/// The readers convert nothing: an output holding the text "12" has `integerValue` 0, and one holding the number 1 has no
-/// `stringValue`. Made by the engine's `outputForKey`; the host's own afterwards. One thread at a time.
+/// The readers convert nothing: an output holding the text "12" has `integerValue` 0, and one holding the number 1 has
+/// no `stringValue`. Made by the engine's `outputForKey`; the host's own afterwards. One thread at a time.
 class QVL_EXPORT QVLOutput final : public QVLJSONCompatible {
 public:
     /// An output without a value.

@@ -40,7 +40,8 @@ QVLJSONDictionary userDefaultsUnderPrefix(const std::string& prefix) {
     return QVLJSONDictionary(std::move(found));
 }
 
-/// Walks two dictionaries in the order of their keys and hands over each key with both values, nothing where one lacks it.
+/// Walks two dictionaries in the order of their keys and hands over each key with both values, nothing where one lacks
+/// it.
 template <class Visit>
 void forEachKeyOfBoth(const QVLJSONDictionary& current, const QVLJSONDictionary& previous, Visit visit) {
     static const QVLJSONValue kNothing{};
@@ -133,8 +134,12 @@ QVLJSONValue QVLPropertyCollection::mergedValueForKey(std::string_view key) cons
 }
 
 QVLJSONDictionary QVLPropertyCollection::collectionWithOverrides() const {
-    // Without a merge nobody looks for overrides in the user defaults.
-    return pretendIsEmpty() ? QVLJSONDictionary() : layers()->merged;
+    if (pretendIsEmpty()) {
+        // Without a merge nobody looks for overrides in the user defaults.
+        return {};
+    }
+    const std::shared_ptr<const Layers> current = layers();
+    return current->pretendIsEmpty ? QVLJSONDictionary() : current->merged;
 }
 
 std::optional<QVLJSONDictionary> QVLPropertyCollection::defaultOverrides() const {
@@ -183,14 +188,15 @@ std::vector<std::string> QVLPropertyCollection::refreshSnapshot() {
     std::vector<std::string> changedKeys;
     std::vector<Entry> snapshot;
     snapshot.reserve(current.count());
-    forEachKeyOfBoth(current, previous, [&](const QVLJSONString& key, const QVLJSONValue& now, const QVLJSONValue& before) {
-        const bool isSame = considerItem(now, before);
-        if (!isSame) {
-            changedKeys.push_back(key.text());
-        }
-        // What is judged the same stays as it was reported, a missing entry included.
-        snapshot.push_back({key, isSame ? before : now.copy()});
-    });
+    forEachKeyOfBoth(current, previous,
+                     [&](const QVLJSONString& key, const QVLJSONValue& now, const QVLJSONValue& before) {
+                         const bool isSame = considerItem(now, before);
+                         if (!isSame) {
+                             changedKeys.push_back(key.text());
+                         }
+                         // What is judged the same stays as it was reported, a missing entry included.
+                         snapshot.push_back({key, isSame ? before : now.copy()});
+                     });
     if (!changedKeys.empty()) {
         m_state->snapshot.store(QVLJSONDictionary(std::move(snapshot)));
     }

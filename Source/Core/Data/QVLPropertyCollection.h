@@ -16,15 +16,16 @@ class QVL_EXPORT QVLPropertyCollectionDelegate {
 public:
     virtual ~QVLPropertyCollectionDelegate();
 
-    /// The merged values under these keys changed, appeared or went away. The keys are in no defined order. Main thread.
+    /// The merged values under these keys changed, appeared or went away. The keys are in no defined order. Main
+    /// thread.
     virtual void collection(QVLPropertyCollection& collection, const std::vector<std::string>& objectsDidChange) = 0;
 };
 
 /// Named values in three layers, with change detection.
 ///
-/// An explicit override (`collectionOverrides`) stands above an override from the user defaults, which stands above the base
-/// value (`collection`). The collection compares the merged view with what it last reported and tells its delegate exactly
-/// the keys that differ.
+/// An explicit override (`collectionOverrides`) stands above an override from the user defaults, which stands above the
+/// base value (`collection`). The collection compares the merged view with what it last reported and tells its delegate
+/// exactly the keys that differ.
 ///
 /// Changed on the main thread. The readers may be called from any thread: each sees one whole state of the layers.
 /// Nothing here fails; a value that is not valid JSON is kept as it is, and whoever writes it reports it.
@@ -48,8 +49,8 @@ public:
     /// A change is reported; setting the current value does nothing.
     void setPretendIsEmpty(bool pretendIsEmpty);
 
-    /// Prefix of the user-defaults keys that override this collection; empty for none. Setting it reports nothing and takes
-    /// effect at the next merge.
+    /// Prefix of the user-defaults keys that override this collection; empty for none. Setting it reports nothing and
+    /// takes effect at the next merge.
     [[nodiscard]] std::string overrideDefaultsPrefix() const;
     void setOverrideDefaultsPrefix(const std::string& prefix);
 
@@ -64,9 +65,9 @@ public:
     /// Every key with its merged value. Empty while `pretendIsEmpty`.
     [[nodiscard]] QVLJSONDictionary collectionWithOverrides() const;
 
-    /// The overrides found in the user defaults under the prefix, without the prefix. No value without a prefix or when none
-    /// was found; then the next call looks again. Once found they stay for the collection's life, and finding them writes
-    /// one info line.
+    /// The overrides found in the user defaults under the prefix, without the prefix. No value without a prefix or when
+    /// none was found; then the next call looks again. Once found they stay for the collection's life, and finding them
+    /// writes one info line.
     [[nodiscard]] std::optional<QVLJSONDictionary> defaultOverrides() const;
 
     /// Compares the merged view with the last report and tells the delegate the keys that differ, if any. Main thread
@@ -76,8 +77,8 @@ public:
     /// The merged view as of the last report: copies that nobody changes. Any thread.
     [[nodiscard]] QVLJSONDictionary reportedItems() const;
 
-    /// The test of change detection: whether a current value is the same as a previous one. Either may be nothing; a missing
-    /// current value is never the same as anything.
+    /// The test of change detection: whether a current value is the same as a previous one. Either may be nothing; a
+    /// missing current value is never the same as anything.
     [[nodiscard]] virtual bool considerItem(const QVLJSONValue& item, const QVLJSONValue& sameAsItem) const;
 
     [[nodiscard]] std::string className() const override { return "QVLPropertyCollection"; }

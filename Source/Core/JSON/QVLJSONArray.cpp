@@ -32,15 +32,18 @@ std::vector<QVLJSONValue> withoutGaps(std::vector<QVLJSONValue> values) {
 
 /// An element answers a by-name lookup, and a dictionary answers one with its own member.
 QVLJSONValue JSONObjectOfElement(const QVLJSONValue& element) {
-    return element.isDictionary() ? element.dictionaryOrEmpty().valueForKey(kByNameLookupKey) : element.qvl_JSONObject();
+    return element.isDictionary() ? element.dictionaryOrEmpty().valueForKey(kByNameLookupKey)
+                                  : element.qvl_JSONObject();
 }
 
 } // namespace
 
-QVLJSONArray::Node::Node(std::vector<QVLJSONValue> values) : values(std::move(values)), depth(depthAround(this->values)) {}
+QVLJSONArray::Node::Node(std::vector<QVLJSONValue> values)
+    : values(std::move(values)), depth(depthAround(this->values)) {}
 
 QVLJSONArray::QVLJSONArray() noexcept = default;
-QVLJSONArray::QVLJSONArray(std::initializer_list<QVLJSONValue> values) : QVLJSONArray(std::vector<QVLJSONValue>(values)) {}
+QVLJSONArray::QVLJSONArray(std::initializer_list<QVLJSONValue> values)
+    : QVLJSONArray(std::vector<QVLJSONValue>(values)) {}
 QVLJSONArray::QVLJSONArray(std::vector<QVLJSONValue> values)
     : m_node(values.empty() ? QVLJSONNodePointer<Node>()
                             : QVLJSONNodePointer<Node>::adopt(new Node(withoutGaps(std::move(values))))) {}
@@ -70,6 +73,9 @@ std::optional<QVLJSONArray> QVLJSONArray::arrayWithQVLJSONArray(const QVLJSONVal
     records.reserve(JSONArray.arrayOrEmpty().count());
     for (const QVLJSONValue& element : JSONArray.arrayOrEmpty()) {
         records.push_back(QVLJSONValue::record(valueClass.initWithQVLJSONObject(element)));
+        if (records.back().isNothing()) {
+            throw std::invalid_argument("Array element cannot be nothing");
+        }
     }
     return QVLJSONArray(std::move(records));
 }

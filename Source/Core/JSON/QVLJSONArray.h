@@ -27,8 +27,8 @@ public:
     [[nodiscard]] static QVLJSONArray fromStrings(const std::vector<std::string>& texts);
 
     /// Records made from the elements of an array, in order; each is made with the class's `initWithQVLJSONObject`.
-    /// Nothing gives no value. Throws `std::invalid_argument`: "Bad array object: %@" for any other kind, and "Class must
-    /// conform to QVLJSONCompatible protocol" for a class that is not a record's.
+    /// Nothing gives no value. Throws `std::invalid_argument`: "Bad array object: %@" for any other kind, and "Class
+    /// must conform to QVLJSONCompatible protocol" for a class that is not a record's.
     [[nodiscard]] static std::optional<QVLJSONArray> arrayWithQVLJSONArray(const QVLJSONValue& JSONArray,
                                                                            const QVLRecordClass& valueClass);
 
@@ -40,7 +40,9 @@ public:
     [[nodiscard]] const_iterator end() const noexcept;
 
     [[nodiscard]] QVLJSONValue qvl_JSONObject() const;
-    [[nodiscard]] bool isIdentical(const QVLJSONArray& other) const noexcept { return m_node.get() == other.m_node.get(); }
+    [[nodiscard]] bool isIdentical(const QVLJSONArray& other) const noexcept {
+        return m_node.get() == other.m_node.get();
+    }
     [[nodiscard]] std::size_t depth() const noexcept;
 
     friend bool operator==(const QVLJSONArray& a, const QVLJSONArray& b) { return a.isEqual(b); }

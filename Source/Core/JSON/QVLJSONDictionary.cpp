@@ -42,7 +42,8 @@ std::vector<Entry> sortedAndUnique(std::vector<Entry> entries) {
 
 } // namespace
 
-QVLJSONDictionary::Node::Node(std::vector<Entry> entries) : entries(std::move(entries)), depth(depthAround(this->entries)) {}
+QVLJSONDictionary::Node::Node(std::vector<Entry> entries)
+    : entries(std::move(entries)), depth(depthAround(this->entries)) {}
 
 QVLJSONDictionary::QVLJSONDictionary() noexcept = default;
 QVLJSONDictionary::QVLJSONDictionary(std::initializer_list<Entry> entries)

@@ -55,7 +55,9 @@ public:
 
     [[nodiscard]] QVLJSONValue qvl_JSONObject() const;
     /// True when both are one and the same dictionary, which makes comparing unnecessary.
-    [[nodiscard]] bool isIdentical(const QVLJSONDictionary& other) const noexcept { return m_node.get() == other.m_node.get(); }
+    [[nodiscard]] bool isIdentical(const QVLJSONDictionary& other) const noexcept {
+        return m_node.get() == other.m_node.get();
+    }
     [[nodiscard]] std::string description() const { return QVLJSONValue(*this).description(); }
     [[nodiscard]] std::size_t depth() const noexcept;
 

@@ -8,7 +8,8 @@
 
 /// Shared, immutable content behind a JSON value: a text, an array's elements, a dictionary's entries or a record.
 ///
-/// Counted in place so that a value stays 16 bytes. The count is atomic: values may be copied and dropped on any thread.
+/// Counted in place so that a value stays 16 bytes. The count is atomic: values may be copied and dropped on any
+/// thread.
 class QVL_EXPORT QVLJSONNode {
 public:
     QVLJSONNode(const QVLJSONNode&) = delete;

@@ -21,7 +21,8 @@ namespace {
 namespace json = qvl_rapidjson;
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-// Iterative: the text cannot exhaust the stack. Numbers as texts: the parser's own conversion is neither exact nor safe.
+// Iterative: the text cannot exhaust the stack. Numbers as texts: the parser's own conversion is neither exact nor
+// safe.
 constexpr unsigned kParseFlags = json::kParseIterativeFlag | json::kParseNumbersAsStringsFlag;
 
 /// The text as a number of the type; no value when it is none or does not fit.
@@ -102,7 +103,8 @@ public:
     }
     bool EndArray(json::SizeType count) {
         const auto firstValue = m_values.end() - count;
-        std::vector<QVLJSONValue> elements(std::make_move_iterator(firstValue), std::make_move_iterator(m_values.end()));
+        std::vector<QVLJSONValue> elements(std::make_move_iterator(firstValue),
+                                           std::make_move_iterator(m_values.end()));
         m_values.erase(firstValue, m_values.end());
         --m_level;
         return add(QVLJSONArray(std::move(elements)));
@@ -148,7 +150,8 @@ QVLJSONReadResult QVLReadJSON(std::string_view data) {
     ValueBuilder builder;
     const json::ParseResult result = reader.Parse<kParseFlags>(stream, builder);
     if (!result) {
-        const std::string reason = builder.refusal().empty() ? json::GetParseError_En(result.Code()) : builder.refusal();
+        const std::string reason =
+            builder.refusal().empty() ? json::GetParseError_En(result.Code()) : builder.refusal();
         return {{}, reason + " (at byte " + std::to_string(result.Offset() + skipped) + ")"};
     }
     // The parser takes a NUL for the end of its text.

@@ -12,8 +12,8 @@ public:
     [[nodiscard]] virtual std::shared_ptr<QVLJSONSerializable> copy() const = 0;
 };
 
-/// A record that is also made from JSON: its class has a static `initWithQVLJSONObject(const QVLJSONValue&)` that returns a
-/// `std::shared_ptr` to a new record.
+/// A record that is also made from JSON: its class has a static `initWithQVLJSONObject(const QVLJSONValue&)` that
+/// returns a `std::shared_ptr` to a new record.
 class QVL_EXPORT QVLJSONCompatible : public QVLJSONSerializable {};
 
 /// A record class handed over as a value, for decoding and for collections that make records by themselves.

@@ -27,13 +27,14 @@ struct QVL_EXPORT QVLJSONWriteResult {
 
 /// JSON text in and out. Pure functions; any thread.
 ///
-/// Reading takes UTF-8, with or without a byte order mark, and refuses what the standard refuses: lone surrogates, bytes
-/// that are not UTF-8, NUL and other bare control characters, more than `QVLJSONValue::kMaximumDepth` levels, numbers
-/// beyond the range of a double. Integers beyond 64 bits become doubles. Of members with the same name the first counts.
+/// Reading takes UTF-8, with or without a byte order mark, and refuses what the standard refuses: lone surrogates,
+/// bytes that are not UTF-8, NUL and other bare control characters, more than `QVLJSONValue::kMaximumDepth` levels,
+/// numbers beyond the range of a double. Integers beyond 64 bits become doubles. Of members with the same name the
+/// first counts.
 ///
-/// Writing is in the order of the keys' bytes and so reproducible. Numbers are written in the shortest form that reads back
-/// exactly, whole ones without a fraction; booleans as true and false; "/" as "\/", so that the text is safe inside a
-/// script element.
+/// Writing is in the order of the keys' bytes and so reproducible. Numbers are written in the shortest form that reads
+/// back exactly, whole ones without a fraction; booleans as true and false; "/" as "\/", so that the text is safe
+/// inside a script element.
 class QVL_EXPORT QVLJSONSerialization {
 public:
     enum class Reading {
@@ -52,12 +53,15 @@ public:
     /// True for a dictionary or array whose values are all of the five JSON kinds, with finite numbers and valid UTF-8.
     [[nodiscard]] static bool isValidJSONObject(const QVLJSONValue& value);
 
-    [[nodiscard]] static QVLJSONReadResult JSONObjectWithData(std::string_view data, Reading reading = Reading::Documents);
+    [[nodiscard]] static QVLJSONReadResult JSONObjectWithData(std::string_view data,
+                                                              Reading reading = Reading::Documents);
 
     /// Fails for what `isValidJSONObject` refuses.
     [[nodiscard]] static QVLJSONWriteResult dataWithJSONObject(const QVLJSONValue& value,
                                                                Writing writing = Writing::Compact);
 
-    /// Any single value, compact; for text that is shown or edited as one value. Fails as above for what cannot be written.
-    [[nodiscard]] static QVLJSONWriteResult dataWithFragment(const QVLJSONValue& value, Writing writing = Writing::Compact);
+    /// Any single value, compact; for text that is shown or edited as one value. Fails as above for what cannot be
+    /// written.
+    [[nodiscard]] static QVLJSONWriteResult dataWithFragment(const QVLJSONValue& value,
+                                                             Writing writing = Writing::Compact);
 };

@@ -4,7 +4,11 @@
 
 namespace {
 
-const std::string kEmptyText;
+/// Never destroyed: queues still running at exit may read texts.
+const std::string& emptyText() {
+    static const auto* const text = new std::string;
+    return *text;
+}
 
 } // namespace
 
@@ -23,5 +27,5 @@ QVLJSONString& QVLJSONString::operator=(QVLJSONString&&) noexcept = default;
 QVLJSONString::~QVLJSONString() = default;
 
 const std::string& QVLJSONString::text() const noexcept {
-    return m_node ? m_node->text : kEmptyText;
+    return m_node ? m_node->text : emptyText();
 }

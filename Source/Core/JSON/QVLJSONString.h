@@ -30,7 +30,9 @@ public:
     operator std::string_view() const noexcept { return text(); } // NOLINT(google-explicit-constructor)
 
     /// True when both share one content, which makes comparing unnecessary.
-    [[nodiscard]] bool isIdentical(const QVLJSONString& other) const noexcept { return m_node.get() == other.m_node.get(); }
+    [[nodiscard]] bool isIdentical(const QVLJSONString& other) const noexcept {
+        return m_node.get() == other.m_node.get();
+    }
 
     friend bool operator==(const QVLJSONString& a, const QVLJSONString& b) noexcept {
         return a.isIdentical(b) || a.text() == b.text();

@@ -53,7 +53,8 @@ std::size_t hashOfDouble(double value) {
 
 } // namespace
 
-QVLJSONValue::QVLJSONValue(const char* text) : QVLJSONValue(text ? QVLJSONValue(QVLJSONString(text)) : QVLJSONValue()) {}
+QVLJSONValue::QVLJSONValue(const char* text)
+    : QVLJSONValue(text ? QVLJSONValue(QVLJSONString(text)) : QVLJSONValue()) {}
 
 QVLJSONValue::QVLJSONValue(QVLJSONString text) noexcept : QVLJSONValue(Tag::String, text.m_node.take()) {}
 

@@ -43,8 +43,8 @@ public:
     template <std::same_as<bool> Boolean>
     QVLJSONValue(Boolean value) noexcept : m_tag(Tag::Boolean), m_content{.boolean = value} {}
     template <std::integral Integer>
-        requires(!std::same_as<Integer, bool>)
-    QVLJSONValue(Integer value) noexcept {
+    requires(!std::same_as<Integer, bool>) QVLJSONValue(Integer value)
+    noexcept {
         if constexpr (std::is_signed_v<Integer>) {
             setInteger(static_cast<std::int64_t>(value));
         } else {
@@ -62,15 +62,18 @@ public:
     QVLJSONValue(QVLJSONDictionary dictionary) noexcept;
     /// Nothing stays nothing; otherwise the value of the content.
     template <class Content>
-        requires std::convertible_to<const Content&, QVLJSONValue>
-    QVLJSONValue(const std::optional<Content>& content) : QVLJSONValue(content ? QVLJSONValue(*content) : QVLJSONValue()) {}
+    requires std::convertible_to<const Content&, QVLJSONValue> QVLJSONValue(const std::optional<Content>& content)
+        : QVLJSONValue(content ? QVLJSONValue(*content) : QVLJSONValue()) {}
     // NOLINTEND(google-explicit-constructor)
 
     /// Wraps a record for keeping in a dictionary or array. No record gives nothing.
     [[nodiscard]] static QVLJSONValue record(std::shared_ptr<QVLJSONSerializable> record);
 
-    QVLJSONValue(const QVLJSONValue& other) noexcept : m_tag(other.m_tag), m_content(other.m_content) { retainContent(); }
-    QVLJSONValue(QVLJSONValue&& other) noexcept : m_tag(std::exchange(other.m_tag, Tag::Nothing)), m_content(other.m_content) {}
+    QVLJSONValue(const QVLJSONValue& other) noexcept : m_tag(other.m_tag), m_content(other.m_content) {
+        retainContent();
+    }
+    QVLJSONValue(QVLJSONValue&& other) noexcept
+        : m_tag(std::exchange(other.m_tag, Tag::Nothing)), m_content(other.m_content) {}
     QVLJSONValue& operator=(QVLJSONValue other) noexcept {
         std::swap(m_tag, other.m_tag);
         std::swap(m_content, other.m_content);
@@ -96,8 +99,8 @@ public:
 
     /// The string itself; no value for any other kind.
     [[nodiscard]] std::optional<std::string> qvl_castToStringValue() const;
-    /// The number as a signed 64-bit integer, a fraction cut off toward zero and a number out of range held at the nearest
-    /// end of the range; true is 1. 0 for any other kind and for a number that is not a number.
+    /// The number as a signed 64-bit integer, a fraction cut off toward zero and a number out of range held at the
+    /// nearest end of the range; true is 1. 0 for any other kind and for a number that is not a number.
     [[nodiscard]] std::int64_t qvl_castToIntegerValue() const noexcept;
     /// True for any number whose value is not zero; false for any other kind.
     [[nodiscard]] bool qvl_castToBoolValue() const noexcept;
@@ -126,12 +129,13 @@ public:
 
     /// The value as plain JSON. Strings, numbers and null are themselves; a record gives its own JSON.
     ///
-    /// A dictionary converts every member and drops one that gives nothing. An array converts every element, and one that
-    /// gives nothing becomes null; but a dictionary that is an *element* is not converted: it gives its own member named
-    /// "qvl_JSONObject", or null without one. That asymmetry is kept on purpose.
+    /// A dictionary converts every member and drops one that gives nothing. An array converts every element, and one
+    /// that gives nothing becomes null; but a dictionary that is an *element* is not converted: it gives its own member
+    /// named "qvl_JSONObject", or null without one. That asymmetry is kept on purpose.
     [[nodiscard]] QVLJSONValue qvl_JSONObject() const;
 
-    /// Text for log lines: strings bare at the top level, containers in the manner of JSON, null as "<null>" and nothing as
+    /// Text for log lines: strings bare at the top level, containers in the manner of JSON, null as "<null>" and
+    /// nothing as
     /// "(null)". Never fails, whatever the value holds.
     [[nodiscard]] std::string description() const;
 
@@ -154,7 +158,18 @@ private:
     friend class QVLJSONArray;
     friend class QVLJSONDictionary;
 
-    enum class Tag : std::uint8_t { Nothing, Null, Boolean, Signed, Unsigned, Double, String, Array, Dictionary, Record };
+    enum class Tag : std::uint8_t {
+        Nothing,
+        Null,
+        Boolean,
+        Signed,
+        Unsigned,
+        Double,
+        String,
+        Array,
+        Dictionary,
+        Record
+    };
     union Content {
         std::int64_t integer = 0;
         std::uint64_t natural;

@@ -11,7 +11,8 @@ namespace {
 
 constexpr std::size_t kIndent = 2;
 
-/// What follows the backslash, 'u' for a control character without a short form, or 0 for a byte that stands for itself.
+/// What follows the backslash, 'u' for a control character without a short form, or 0 for a byte that stands for
+/// itself.
 constexpr std::array<char, 256> makeEscapes() {
     std::array<char, 256> escapes{};
     for (std::size_t control = 0; control < 0x20; ++control) {

@@ -4,11 +4,12 @@
 
 #include <string>
 
-/// Appends one value to a text. Used by `QVLJSONSerialization`, and by descriptions, which must show even what cannot be
-/// written.
+/// Appends one value to a text. Used by `QVLJSONSerialization`, and by descriptions, which must show even what cannot
+/// be written.
 class QVLJSONWriter final {
 public:
-    explicit QVLJSONWriter(QVLJSONSerialization::Writing writing) : m_isPretty(writing == QVLJSONSerialization::Writing::Pretty) {}
+    explicit QVLJSONWriter(QVLJSONSerialization::Writing writing)
+        : m_isPretty(writing == QVLJSONSerialization::Writing::Pretty) {}
 
     void write(const QVLJSONValue& value);
 

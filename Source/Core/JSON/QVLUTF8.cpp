@@ -75,7 +75,8 @@ std::string qvl::UTF8FromUTF16(std::u16string_view text) {
     for (std::size_t position = asciiLength; position < text.size(); ++position) {
         const char16_t unit = text[position];
         if (isLead(unit) && position + 1 < text.size() && isTrail(text[position + 1])) {
-            const char32_t point = 0x10000 + ((static_cast<char32_t>(unit) - 0xD800) << 10) + (text[++position] - 0xDC00U);
+            const char32_t point =
+                0x10000 + ((static_cast<char32_t>(unit) - 0xD800) << 10) + (text[++position] - 0xDC00U);
             utf8::unchecked::append(point, std::back_inserter(result));
         } else if (isLead(unit) || isTrail(unit)) {
             appendThreeBytes(result, unit);

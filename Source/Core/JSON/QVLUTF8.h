@@ -15,8 +15,8 @@ namespace qvl {
 /// Valid UTF-8 as UTF-16; bytes that are not UTF-8 become replacement characters.
 [[nodiscard]] std::u16string UTF16FromUTF8(std::string_view text);
 
-/// UTF-16 as UTF-8. A lone surrogate keeps its place as three bytes that `isValidUTF8` refuses, so that a reader of the text
-/// fails at that place instead of seeing something else.
+/// UTF-16 as UTF-8. A lone surrogate keeps its place as three bytes that `isValidUTF8` refuses, so that a reader of the
+/// text fails at that place instead of seeing something else.
 [[nodiscard]] std::string UTF8FromUTF16(std::u16string_view text);
 
 } // namespace qvl

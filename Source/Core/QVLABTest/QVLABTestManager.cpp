@@ -153,7 +153,7 @@ void QVLABTestManager::setupReachability() {
 }
 
 void QVLABTestManager::reachabilityChanged(const QVLNotification& /*notification*/) {
-    // Other way round than the timer, as designed.
+    // Other way round than the timer, on purpose.
     checkWinGroupIfNeeded();
     participateIfNeeded();
 }

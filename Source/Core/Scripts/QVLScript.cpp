@@ -97,7 +97,8 @@ std::optional<std::string> QVLScript::parseScriptVersionFromJSContent(std::strin
     if (content.empty()) {
         return std::nullopt;
     }
-    static const auto expression = QVLRegularExpression::compile(kVersionPattern);
+    // Never destroyed: queues still running at exit may load scripts.
+    static const auto& expression = *new auto(QVLRegularExpression::compile(kVersionPattern));
     if (!expression) {
         QVL_LOG_ERROR(&scriptClass(), "Could not create regular expression from: '%@'", kVersionPattern);
         return std::nullopt;

@@ -61,7 +61,11 @@ void QVLScriptManager::setUp() {
     loadPersistedOverrideIfNeeded();
     updateCurrentScript();
     m_isObserving = true;
-    m_environmentObservation = m_environment->observePersistDebugOverrides([this] { updatePersistedOverride(); });
+    m_environmentObservation = m_environment->observePersistDebugOverrides([weak = weak_from_this()] {
+        if (const auto self = weak.lock()) {
+            self->updatePersistedOverride();
+        }
+    });
 }
 
 QVLScriptManager::~QVLScriptManager() {
@@ -126,6 +130,7 @@ void QVLScriptManager::setRemoteScript(std::shared_ptr<QVLScript> script) {
 }
 
 void QVLScriptManager::setNightlyScripts(std::optional<Scripts> scripts) {
+    const std::shared_ptr<QVLScriptManager> self = shared_from_this();
     m_nightlyScripts = std::move(scripts);
     scriptsDidChange();
 }

@@ -58,6 +58,7 @@ void QVLScriptManager::request(const std::optional<QVLURL>& url, std::function<v
 }
 
 void QVLScriptManager::downloadScript(const std::shared_ptr<QVLScript>& script, std::function<void()> completion) {
+    const std::shared_ptr<QVLScriptManager> self = shared_from_this();
     if (script->state() == QVLScriptStateDownloading) {
         QVL_LOG_INFO(this, "Already downloading script:%@", script);
         return;

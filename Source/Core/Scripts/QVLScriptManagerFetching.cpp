@@ -25,6 +25,7 @@ void QVLScriptManager::stopScriptFetching() {
 }
 
 void QVLScriptManager::fetchScriptsNow() {
+    const std::shared_ptr<QVLScriptManager> self = shared_from_this();
     m_forceFetch = true;
     fetchScriptsIfNeeded();
     m_forceFetch = false;
@@ -37,10 +38,13 @@ void QVLScriptManager::reachabilityChanged(const QVLNotification& notification) 
 }
 
 void QVLScriptManager::fetchScriptsIfNeeded() {
+    // Whoever is told of a state on the way may release the engine and with it this manager.
+    const std::shared_ptr<QVLScriptManager> self = shared_from_this();
     if (m_fetching) {
         return;
     }
-    if (!m_reachability || m_reachability->currentReachabilityStatus() == QVLNotReachable) {
+    // Without a remote script URL, also one that the host took away since, there is nothing to reach.
+    if (!remoteScript() || !m_reachability || m_reachability->currentReachabilityStatus() == QVLNotReachable) {
         QVL_LOG_INFO(this, "Scripts not reachable");
         return;
     }

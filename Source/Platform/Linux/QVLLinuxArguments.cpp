@@ -16,7 +16,8 @@ bool isKey(const std::string& argument) {
 
 QVLJSONValue valueFrom(const std::string& argument) {
     const auto read = QVLJSONSerialization::JSONObjectWithData(argument, QVLJSONSerialization::Reading::Fragments);
-    if (read) {
+    // What is nested to the limit would not fit into the dictionary of all defaults.
+    if (read && read.value.depth() < QVLJSONValue::kMaximumDepth) {
         return read.value;
     }
     if (argument == "YES" || argument == "NO") {

@@ -24,6 +24,11 @@ QVLLinuxFileDescriptor QVLLinuxFileDescriptor::open(const std::string& path, int
     return QVLLinuxFileDescriptor(uninterrupted([&] { return ::open(path.c_str(), flags | O_CLOEXEC, mode); }));
 }
 
+bool QVLLinuxFileDescriptor::isRegularFile() const {
+    struct stat status = {};
+    return ::fstat(m_number, &status) == 0 && S_ISREG(status.st_mode);
+}
+
 bool QVLLinuxFileDescriptor::readAll(std::string& data) const {
     struct stat status = {};
     if (::fstat(m_number, &status) == 0 && S_ISREG(status.st_mode)) {

@@ -16,6 +16,8 @@ public:
     [[nodiscard]] int number() const { return m_number; }
     explicit operator bool() const { return m_number >= 0; }
 
+    /// Whether it is a file proper: no directory, pipe, socket or device.
+    [[nodiscard]] bool isRegularFile() const;
     [[nodiscard]] bool readAll(std::string& data) const;
     [[nodiscard]] bool writeAll(const char* data, std::size_t size) const;
     [[nodiscard]] bool synchronize() const;

@@ -142,9 +142,13 @@ QVLResult<std::string> QVLLinuxFileManager::contentsOfFileAtPath(const std::stri
     if (!isUsable(path)) {
         return Result::failure(lastReason("open"));
     }
-    const auto file = QVLLinuxFileDescriptor::open(path, O_RDONLY);
+    // A pipe in the place of a file would keep the caller waiting, a device would never end: neither is read.
+    const auto file = QVLLinuxFileDescriptor::open(path, O_RDONLY | O_NONBLOCK);
     if (!file) {
         return Result::failure(lastReason("open"));
+    }
+    if (!file.isRegularFile()) {
+        return Result::failure("read: Not a regular file");
     }
     std::string data;
     return file.readAll(data) ? Result::success(std::move(data)) : Result::failure(lastReason("read"));

@@ -68,7 +68,9 @@ TEST_F(JournalObjects, AnEventCountsAndRemembersItsFirstAndLastTime) {
     event->trigger();
     m_platform.runLoop->setNow(dateOf(kNoon) + std::chrono::milliseconds(900));
     event->trigger();
-    EXPECT_TRUE(event->copy()->isEqual(*event));
+    const auto copy = std::dynamic_pointer_cast<QVLJournalEvent>(event->copy());
+    EXPECT_TRUE(copy->isEqual(*event));
+    EXPECT_EQ(copy->collection(), m_collection);
     EXPECT_EQ(event->qvl_JSONObject(),
               QVLJSONValue(QVLJSONDictionary{{"firstTime", kMorning}, {"lastTime", kNoon}, {"count", 3}}));
     EXPECT_EQ(m_changes->take(), 3);

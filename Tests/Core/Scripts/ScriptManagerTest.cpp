@@ -355,6 +355,31 @@ TEST_F(ScriptManagerTest, RemotePathsAreTheSharedEnvironmentsAndNightlyPathsItsO
     EXPECT_THAT(errorsAndNotices(), Contains("Scripts not reachable"));
 }
 
+TEST_F(ScriptManagerTest, WithoutARemoteScriptURLAnyMoreNothingIsFetched) {
+    makeManager();
+    manager->startScriptFetching();
+    environment->setRemoteScriptURL(std::nullopt);
+    answer(0, 200, "// Quorvel 2.0\n");
+    EXPECT_EQ(manager->remoteScript(), nullptr);
+    manager->fetchScriptsNow();
+    platform.runLoop->advance(std::chrono::hours(7));
+    EXPECT_EQ(requests().size(), 1U);
+    EXPECT_THAT(errorsAndNotices(), Contains("Scripts not reachable"));
+}
+
+TEST_F(ScriptManagerTest, TheManagerMayBeReleasedByWhoeverItTells) {
+    makeManager();
+    const std::weak_ptr<QVLScriptManager> weak = manager;
+    tokens.push_back(manager->observeScripts([this] { manager.reset(); }));
+    manager->remoteScript()->setState(QVLScriptStateAvailable);
+    QVLScriptManager& held = *manager;
+    held.setOverrideScript(nullptr);
+    EXPECT_EQ(manager, nullptr);
+    tokens.clear();
+    platform.runUntilIdle();
+    EXPECT_TRUE(weak.expired());
+}
+
 TEST_F(ScriptManagerTest, AManagerThatGoesLeavesNothingBehind) {
     makeManager();
     manager->startScriptFetching();

@@ -186,7 +186,10 @@ TEST_F(QVLLinuxFileManagerTest, APathThatTheSystemWouldCutOffNamesNothing) {
     EXPECT_EQ(contents("file"), "kept");
 }
 
-TEST_F(QVLLinuxFileManagerTest, ReadingADirectoryOrNothingGivesTheReason) {
-    EXPECT_EQ(files.contentsOfFileAtPath(directory.path()).error, "read: Is a directory");
+TEST_F(QVLLinuxFileManagerTest, ReadingWhatIsNoFileGivesTheReasonAtOnce) {
+    ASSERT_EQ(::mkfifo(directory.path("pipe").c_str(), 0600), 0);
+    for (const std::string& path : {directory.path(), directory.path("pipe"), std::string("/dev/zero")}) {
+        EXPECT_EQ(files.contentsOfFileAtPath(path).error, "read: Not a regular file") << path;
+    }
     EXPECT_EQ(files.contentsOfFileAtPath(directory.path("none")).error, "open: No such file or directory");
 }
