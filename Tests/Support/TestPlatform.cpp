@@ -4,15 +4,30 @@
 #include "QVLLinuxJavaScriptEngine.h"
 #include "QVLLinuxSerialQueue.h"
 
+#include <gtest/gtest.h>
+
 TestPlatform::TestPlatform(Queues queues)
     : fileManager(std::make_shared<FaultyFileManager>(std::make_shared<QVLLinuxFileManager>())),
       javaScriptEngine(std::make_shared<QVLLinuxJavaScriptEngine>()),
       m_queueKind(queues) {}
 
 TestPlatform::~TestPlatform() {
-    if (m_isInstalled) {
-        QVLPlatform::install(nullptr);
+    if (!m_isInstalled) {
+        return;
     }
+    QVLPlatform::install(nullptr);
+    if (m_queueKind == Queues::Real) {
+        EXPECT_TRUE(waitForThreads()) << "an engine outlived the test";
+    }
+}
+
+/// Engines are released on the main thread, and a queue's thread ends some time after its engine, without a post.
+bool TestPlatform::waitForThreads() const {
+    constexpr QVLTimeInterval kStep(0.01);
+    for (QVLTimeInterval waited(0); !m_installed.expired() && waited < SteppedRunLoop::kDeadline; waited += kStep) {
+        runLoop->runOnce(kStep);
+    }
+    return m_installed.expired();
 }
 
 void TestPlatform::install() {
@@ -27,7 +42,9 @@ void TestPlatform::install() {
     platform.makeSerialQueue = [this](std::string label) { return makeQueue(std::move(label)); };
     platform.makeHTTPSession = makeHTTPSession;
     platform.makeReachabilityTarget = reachability.maker();
-    QVLPlatform::install(std::make_shared<const QVLPlatform>(std::move(platform)));
+    const auto installed = std::make_shared<const QVLPlatform>(std::move(platform));
+    m_installed = installed;
+    QVLPlatform::install(installed);
     m_isInstalled = true;
 }
 

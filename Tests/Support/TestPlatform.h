@@ -55,9 +55,11 @@ public:
 
 private:
     std::unique_ptr<QVLSerialQueue> makeQueue(std::string label);
+    [[nodiscard]] bool waitForThreads() const;
 
     const Queues m_queueKind;
     bool m_isInstalled = false;
+    std::weak_ptr<const QVLPlatform> m_installed;
     mutable std::mutex m_mutex;
     std::vector<std::shared_ptr<SteppedQueue>> m_queues;
 };
