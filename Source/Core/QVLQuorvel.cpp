@@ -12,15 +12,6 @@ namespace {
 
 constexpr QVLTimeInterval kInitialScriptFetchTimeout(2.0);
 
-/// An engine ends on the main thread, wherever its last reference is dropped.
-void destroyOnMainThread(const std::shared_ptr<QVLMainRunLoop>& mainRunLoop, const std::function<void()>& destroy) {
-    if (mainRunLoop->isMainThread()) {
-        destroy();
-    } else {
-        mainRunLoop->post(destroy);
-    }
-}
-
 std::vector<std::string> unionOf(const std::vector<std::string>& a, const std::vector<std::string>& b) {
     std::set<std::string> keys(a.begin(), a.end());
     keys.insert(b.begin(), b.end());
@@ -32,12 +23,21 @@ std::vector<std::string> unionOf(const std::vector<std::string>& a, const std::v
 std::shared_ptr<QVLQuorvel> QVLQuorvel::initWithDirectory(const std::string& directory,
                                                           const std::shared_ptr<QVLScriptManager>& scriptManager,
                                                           const std::shared_ptr<QVLABTestManager>& abtestManager) {
-    const std::shared_ptr<QVLMainRunLoop> mainRunLoop = QVLMainRunLoop::mainRunLoop();
-    const std::shared_ptr<QVLQuorvel> engine(
-        new QVLQuorvel(directory, scriptManager, abtestManager),
-        [mainRunLoop](QVLQuorvel* ended) { destroyOnMainThread(mainRunLoop, [ended] { delete ended; }); });
+    const std::shared_ptr<QVLQuorvel> engine(new QVLQuorvel(directory, scriptManager, abtestManager),
+                                             destroyOnMainThread);
     engine->setUp();
     return engine;
+}
+
+// The run loop is asked of the engine, not kept beside it: what waits in the run loop may be all that still refers to
+// an ended engine, and each would keep the other.
+void QVLQuorvel::destroyOnMainThread(QVLQuorvel* engine) {
+    const std::shared_ptr<QVLMainRunLoop> mainRunLoop = engine->m_platform->mainRunLoop;
+    if (mainRunLoop->isMainThread()) {
+        delete engine;
+    } else {
+        mainRunLoop->post([engine] { delete engine; });
+    }
 }
 
 QVLQuorvel::QVLQuorvel(std::string directory, std::shared_ptr<QVLScriptManager> scriptManager,

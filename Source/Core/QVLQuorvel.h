@@ -223,6 +223,7 @@ private:
         }
     };
 
+    static void destroyOnMainThread(QVLQuorvel* engine);
     QVLQuorvel(std::string directory, std::shared_ptr<QVLScriptManager> scriptManager,
                std::shared_ptr<QVLABTestManager> abtestManager);
     void setUp();
