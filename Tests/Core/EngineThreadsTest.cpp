@@ -2,6 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
+#include <cstdlib>
+
 // Engines on real queues: what holds while scripts really run beside the main thread.
 
 namespace {
@@ -20,9 +23,10 @@ protected:
         engine->performOnQueue([script](QVLQuorvel& quorvel) { quorvel.loadScriptWithJSContent(script); });
     }
 
+    // Goes last: queues write until the platform has seen their ends.
+    TemporaryDirectory directory;
     TestPlatform platform{TestPlatform::Queues::Real};
     RecordedLog log;
-    TemporaryDirectory directory;
 };
 
 const char* const kCounting = "quorvel.process = text => JSON.stringify({ '%isCurrentAppSupported': true, "
@@ -70,6 +74,49 @@ TEST_F(EngineThreadsTest, AStuckScriptIsEndedAfterStopAndTheEngineCanStartAgain)
     engine->start();
     engine->setInputs({{"count", 2}});
     EXPECT_TRUE(platform.runLoop->runUntil([&] { return engine->outputForKey("count") != nullptr; }));
+}
+
+TEST_F(EngineThreadsTest, AScriptThatNeverReturnsDoesNotHoldUpTheEndOfTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            // As with a host that keeps its engine to the end.
+            static const auto engine = makeEngine("stuck");
+            std::atomic<bool> isRunning = false;
+            engine->performOnQueue([&](QVLQuorvel& quorvel) {
+                isRunning = true;
+                isRunning.notify_one();
+                quorvel.loadScriptWithJSContent("for (;;) {}");
+            });
+            isRunning.wait(false);
+            platform.runLoop->runOnce(QVLTimeInterval(0.05));
+            std::exit(0);
+        },
+        ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(EngineThreadsTest, TwoEnginesOnOneDirectoryLeaveFilesThatAThirdCanRead) {
+    const auto one = makeEngine("shared");
+    const auto other = makeEngine("shared");
+    load(one, kCounting);
+    load(other, kCounting);
+    for (int count = 1; count <= 50; ++count) {
+        one->setInputs({{"count", count}});
+        other->setInputs({{"count", count}});
+        one->journals()->eventForKey("one")->trigger();
+        other->journals()->eventForKey("other")->trigger();
+        platform.runLoop->runOnce(QVLTimeInterval(0));
+    }
+    EXPECT_TRUE(platform.runLoop->runUntil([&] {
+        const auto count = other->outputForKey("count");
+        return count && count->integerValue() == 50;
+    }));
+    static_cast<void>(log->take());
+    const auto third = makeEngine("shared");
+    EXPECT_NE(third->outputForKey("count"), nullptr);
+    // Who saves last wins: each engine writes what it knows itself.
+    EXPECT_EQ(third->journals()->eventForKey("other")->count(), 50U);
+    EXPECT_THAT(log->take(), ::testing::Not(::testing::Contains(::testing::HasSubstr("error"))));
 }
 
 TEST_F(EngineThreadsTest, AHundredEnginesComeAndGo) {
