@@ -1,8 +1,10 @@
 #include "QVLLinuxJavaScriptEngine.h"
 
+#include <JavaScriptCore/JavaScript.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <future>
 #include <limits>
 #include <thread>
@@ -298,4 +300,17 @@ TEST_F(QVLLinuxJavaScriptContextTest, IsDroppedOnAnotherThreadThanItWasUsedOn) {
     context->setFunction("quorvel", "logLevel", [](const auto&) {});
     std::thread([this] { context.reset(); }).join();
     EXPECT_FALSE(context);
+}
+
+TEST(QVLLinuxJavaScriptEngine, RunsInAHostThatHasUsedTheJavaScriptLibraryItself) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            JSGlobalContextRelease(JSGlobalContextCreate(nullptr));
+            QVLLinuxJavaScriptEngine engine;
+            const auto context = engine.makeContext([] { return false; });
+            context->evaluateScript("quorvel = { process: () => 'well' };");
+            std::exit(context->callMember("quorvel", "process", {}).text == "well" ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
 }
