@@ -111,22 +111,44 @@ void QVLQuorvel::start() {
     // Whoever is told of something below may release the engine.
     const std::shared_ptr<QVLQuorvel> self = shared_from_this();
     m_runner->setStarted(true);
-    if (!m_scriptManager || !m_scriptManager->currentScript()) {
-        setScriptAvailability(QVLScriptAvailabilityPending);
-        m_initialScriptFetchTimeout =
-            m_platform->mainRunLoop->performAfterDelay(kInitialScriptFetchTimeout, [weak = weak_from_this()] {
-                if (const auto engine = weak.lock()) {
-                    engine->initialScriptFetchTimeout();
-                }
-            });
-    }
-    if (m_scriptManager) {
-        if (!isPreLogin()) {
-            m_scriptManager->fetchScriptsNow();
+    for (const auto step : {&QVLQuorvel::awaitFirstScript, &QVLQuorvel::startFetching,
+                            &QVLQuorvel::scheduleResetSentEvents, &QVLQuorvel::postDidStart}) {
+        // Whoever is told of something on the way may also stop the engine.
+        if (m_runner->isStarted()) {
+            (this->*step)();
         }
+    }
+}
+
+void QVLQuorvel::awaitFirstScript() {
+    if (m_scriptManager && m_scriptManager->currentScript()) {
+        return;
+    }
+    setScriptAvailability(QVLScriptAvailabilityPending);
+    if (!m_runner->isStarted()) {
+        return;
+    }
+    m_initialScriptFetchTimeout =
+        m_platform->mainRunLoop->performAfterDelay(kInitialScriptFetchTimeout, [weak = weak_from_this()] {
+            if (const auto engine = weak.lock()) {
+                engine->initialScriptFetchTimeout();
+            }
+        });
+}
+
+void QVLQuorvel::startFetching() {
+    if (!m_scriptManager) {
+        return;
+    }
+    if (!isPreLogin()) {
+        m_scriptManager->fetchScriptsNow();
+    }
+    if (m_runner->isStarted()) {
         m_scriptManager->startScriptFetching();
     }
-    scheduleResetSentEvents();
+}
+
+void QVLQuorvel::postDidStart() {
     post(kQVLQuorvelDidStartNotification);
 }
 

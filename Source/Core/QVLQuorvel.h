@@ -60,8 +60,8 @@ class QVL_EXPORT QVLQuorvel final : public QVLObject,
                                     public std::enable_shared_from_this<QVLQuorvel> {
 public:
     /// An engine that keeps its files in the subdirectory "quorvel" of the directory; nothing is kept, and each attempt
-    /// logged, with an empty one. Hosts obtain engines from the
-    /// environment; an engine without managers runs only what `loadScriptAtPath` loads.
+    /// logged, with an empty one. Hosts obtain engines from the environment; an engine without managers runs only what
+    /// `loadScriptAtPath` loads.
     ///
     /// A journals file whose content is malformed inside is logged, kept aside as "Journals.json.unreadable", and the
     /// journals begin empty.
@@ -74,12 +74,18 @@ public:
     // --- Life -------------------------------------------------------------------------------------------------------
 
     /// Begins fetching and evaluating, posts the session events anew, and posts "QVLQuorvelDidStartNotification".
-    /// Without any script the availability is pending until one arrives, for 2 seconds at most. Main thread (asserted).
+    /// Without any script the availability is pending until a run has answered or a load has failed, for 2 seconds at
+    /// most. Main thread (asserted).
+    ///
+    /// A script that became current while the engine was stopped is not loaded by this: the script in use stays until
+    /// the manager announces the next one.
     void start();
-    /// Ends fetching, evaluating and the engine's timers; nothing is written. A run under way is not waited for. Main
-    /// thread (asserted).
+    /// Ends fetching, evaluating and the engine's timers. A run under way is not waited for: if it ends within a second,
+    /// its answer still becomes the outputs and is saved; otherwise it is ended and comes to nothing. Main thread
+    /// (asserted).
     void stop();
-    /// Asks the script manager to fetch now, due or not.
+    /// Asks the script manager to fetch now, due or not. Nothing happens without network, while a fetch is in flight, and
+    /// after a download of the remote script has failed, which ends fetching for the life of the engine.
     void fetchScriptNow();
 
     /// True for the engine of the time before login.
@@ -109,7 +115,7 @@ public:
     // --- Outputs ----------------------------------------------------------------------------------------------------
 
     /// The script's last answer, bookkeeping keys included, with the A/B outputs added over it: an A/B output wins
-    /// here.
+    /// here. Neither overrides nor `disableOutputs` change it.
     [[nodiscard]] QVLJSONDictionary outputs() const;
     /// Overrides of outputs for debugging.
     [[nodiscard]] QVLJSONDictionary outputsOverrides() const;
@@ -120,8 +126,8 @@ public:
     /// The output with its override applied, or null when there is none. Bookkeeping keys are reachable too. Other than
     /// in `outputs`, the script's output wins over an A/B output of the same key.
     [[nodiscard]] std::shared_ptr<QVLOutput> outputForKey(std::string_view key) const;
-    /// While true the host sees no outputs; scripts still run and answers are still kept. At creation it is what the
-    /// user default "QVLDisableQuorvel" says.
+    /// While true there are no output keys and no output for any key; scripts still run, answers are still kept, and
+    /// `outputs` still shows them. At creation it is what the user default "QVLDisableQuorvel" says.
     [[nodiscard]] bool disableOutputs() const;
     void setDisableOutputs(bool disable);
 
@@ -142,10 +148,10 @@ public:
     /// The formatter of every date in the library's JSON. Any thread.
     [[nodiscard]] static const QVLDateFormatter& dateFormatter() { return QVLDateFormatter::sharedFormatter(); }
 
-    // --- The script, for tools
-    // ---------------------------------------------------------------------------------------- These run on the
-    // engine's queue, through `performOnQueue`. Every failure is logged and, where told, reported as a status event of
-    // the category "qvl_load".
+    // --- The script, for tools --------------------------------------------------------------------------------------
+    //
+    // These run on the engine's queue, through `performOnQueue`. Every failure is logged and, where told, reported as a
+    // status event of the category "qvl_load".
 
     /// Runs the work on the engine's queue, after what is queued already; drops it when the engine has ended by then.
     /// The engine lives until the work returns: a script that never does so in here is ended by `stop` only. Any
@@ -187,8 +193,7 @@ public:
     /// The version in the header of the last script text that was loaded or tried. Any thread.
     [[nodiscard]] std::optional<std::string> lastLoadedFileHeaderVersion() const;
 
-    // --- For the debug console
-    // ----------------------------------------------------------------------------------------
+    // --- For the debug console --------------------------------------------------------------------------------------
 
     [[nodiscard]] const std::shared_ptr<QVLPropertyCollection>& inputsCollection() const { return m_inputsCollection; }
     [[nodiscard]] const std::shared_ptr<QVLPropertyCollection>& outputsCollection() const {
@@ -200,7 +205,7 @@ public:
     [[nodiscard]] const std::shared_ptr<QVLScriptManager>& scriptManager() const { return m_scriptManager; }
     [[nodiscard]] const std::shared_ptr<QVLABTestManager>& abtestManager() const { return m_abtestManager; }
     [[nodiscard]] const std::string& contentDirectory() const { return m_contentDirectory; }
-    /// The engine's directory, made when missing.
+    /// The engine's directory, made when missing; empty for an engine without a directory.
     [[nodiscard]] std::string quorvelDirectoryPath() const;
 
     /// Called by the collections and the journals.
@@ -239,6 +244,9 @@ private:
     void scheduleEvaluateRules();
     void scriptNeedsReload();
     void updateABTestResults();
+    void awaitFirstScript();
+    void startFetching();
+    void postDidStart();
     void initialScriptFetchTimeout();
     void setScriptAvailability(QVLScriptAvailability availability);
     void applyAnswer(const QVLJSONDictionary& answer);

@@ -50,11 +50,17 @@ void QVLQuorvel::handleChangedJournals() {
 }
 
 void QVLQuorvel::scheduleEvaluateRules() {
-    m_qvlQueue->async([runner = m_runner] { runner->evaluateRules(); });
+    m_qvlQueue->async([runner = m_runner] {
+        runner->beginTask();
+        runner->evaluateRules();
+    });
 }
 
 void QVLQuorvel::scriptNeedsReload() {
-    m_qvlQueue->async([runner = m_runner] { runner->reloadScript(); });
+    m_qvlQueue->async([runner = m_runner] {
+        runner->beginTask();
+        runner->reloadScript();
+    });
 }
 
 void QVLQuorvel::applyAnswer(const QVLJSONDictionary& answer) {
@@ -123,12 +129,13 @@ void QVLQuorvel::processUniqueAnalyticsEvents(const std::optional<QVLJSONArray>&
 
 void QVLQuorvel::scheduleResetSentEvents() {
     m_dispatchedEvents.clear();
-    handleAnalyticsForOutputChanges();
+    // Before anybody is told of the events, since that may stop the engine and with it this timer.
     m_resetSentEvents = m_platform->mainRunLoop->performAfterDelay(kSentEventsResetInterval, [weak = weak_from_this()] {
         if (const auto self = weak.lock()) {
             self->scheduleResetSentEvents();
         }
     });
+    handleAnalyticsForOutputChanges();
 }
 
 void QVLQuorvel::sendAnalyticsEvents(const std::vector<std::shared_ptr<QVLAnalyticsEventInternal>>& events) {

@@ -140,8 +140,10 @@ bool QVLQuorvelEnvironment::persistDebugOverrides() const {
 
 void QVLQuorvelEnvironment::setPersistDebugOverrides(bool persist) {
     QVLUserDefaults::standardUserDefaults()->setObjectForKey(persist, kQVLPersistOverridesKey);
-    for (const auto& observer : std::vector(m_persistObservers->all)) {
-        const auto& registered = m_persistObservers->all;
+    // An observer may drop another one, or this environment.
+    const std::shared_ptr<Observers> observers = m_persistObservers;
+    for (const auto& observer : std::vector(observers->all)) {
+        const auto& registered = observers->all;
         if (std::find(registered.begin(), registered.end(), observer) != registered.end()) {
             (*observer)();
         }
@@ -174,7 +176,8 @@ std::optional<std::string> QVLQuorvelEnvironment::environmentDirectory() const {
     }
     if (!fileManager->itemExistsAtPath(path)) {
         const QVLOutcome created = fileManager->createDirectoryAtPath(path, /*withIntermediateDirectories=*/false);
-        if (!created) {
+        // Another thread or process may have made it in the meantime.
+        if (!created && fileManager->itemKindAtPath(path) != QVLFileManager::ItemKind::Directory) {
             QVL_LOG_ERROR(this, "Could not create directory: %@, error: %@", path, created.error);
             return std::nullopt;
         }

@@ -28,7 +28,7 @@ inline constexpr const char* kQVLPersistOverridesKey = "QVLPersistOverrides";
 /// The configuration of the library in this process, and the factory of its engines.
 ///
 /// The host fills it in first, at least `applicationSupportDirectory` and, to see the log, `logger`; then it obtains
-/// engines. Lives until the process ends. Set on the main thread; the readers and the paths may be called from any
+/// engines. The shared one lives until the process ends; any other is held by a shared pointer. Set on the main thread; the readers and the paths may be called from any
 /// thread.
 ///
 /// On disk: the environment directory, "quorvel" inside the application support directory, with the downloaded scripts,
@@ -46,7 +46,8 @@ public:
     [[nodiscard]] std::shared_ptr<QVLLogger> logger() const;
     void setLogger(std::shared_ptr<QVLLogger> logger);
 
-    /// Base directory of the environment's files and of the pre-login engine. It must exist.
+    /// Base directory of the environment's files and of the pre-login engine. It must exist; an empty text counts as no
+    /// value.
     [[nodiscard]] std::optional<std::string> applicationSupportDirectory() const;
     void setApplicationSupportDirectory(std::optional<std::string> directory);
 
@@ -79,7 +80,8 @@ public:
     void setDeviceToken(std::optional<std::string> token);
 
     /// Whether overrides chosen in the debug console outlive the process. Kept in the user defaults under
-    /// "QVLPersistOverrides", read and written there on every access; observers are told of every setting.
+    /// "QVLPersistOverrides", read and written there on every access; observers are told of every setting. Turned off, what was stored of the
+    /// script managers' overrides is removed at once, while the overrides stay in force in this process.
     [[nodiscard]] bool persistDebugOverrides() const;
     void setPersistDebugOverrides(bool persist);
     /// Calls the observer after each setting of `persistDebugOverrides`, until the token is dropped. Main thread.
@@ -87,7 +89,8 @@ public:
 
     /// The environment's directory, made when missing; but its parent is not. Something else at that place is removed.
     /// No value, after one error line, when the directory cannot be had. Without an application support directory a
-    /// directory for temporary files serves, after one error line at each call.
+    /// directory for temporary files serves, after one error line at each call; other users of the computer may get
+    /// there first, so it is no place for a product's files.
     [[nodiscard]] std::optional<std::string> environmentDirectory() const;
 
     /// The built-in script; no value when the library's resources lack it.
@@ -105,11 +108,13 @@ public:
     [[nodiscard]] bool debugToolsAvailable() const;
 
     /// A new engine for the account, not yet started. The environment keeps none of them: the host keeps the engine,
-    /// and asks once for each account. Main thread.
+    /// and asks once for each account. Without an account, or with one that has no directory, it keeps no files. Main
+    /// thread.
     [[nodiscard]] std::shared_ptr<QVLQuorvel> quorvelWithAccount(const std::shared_ptr<QVLAccount>& account);
 
     /// The engine for the time before login, made on first use and kept until the host sets it to null. It takes part
-    /// in no A/B tests and may run the built-in script. Main thread.
+    /// in no A/B tests and may run the built-in script. An environment other than the shared one and this engine hold
+    /// each other until then. Main thread.
     [[nodiscard]] std::shared_ptr<QVLQuorvel> quorvelForPreLogin();
     void setQuorvelForPreLogin(std::shared_ptr<QVLQuorvel> quorvel);
 

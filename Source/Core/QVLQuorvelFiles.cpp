@@ -11,6 +11,10 @@ constexpr const char* kUnreadableSuffix = ".unreadable";
 } // namespace
 
 std::string QVLQuorvel::quorvelDirectoryPath() const {
+    if (m_contentDirectory.empty()) {
+        // No files at all, rather than files at the file system's root.
+        return {};
+    }
     QVLFileManager& fileManager = *m_platform->fileManager;
     std::string path = m_contentDirectory + kContentSubdirectory;
     if (fileManager.itemKindAtPath(path) == QVLFileManager::ItemKind::File) {
@@ -28,8 +32,8 @@ std::string QVLQuorvel::quorvelDirectoryPath() const {
 }
 
 std::string QVLQuorvel::pathInQuorvelDirectory(const char* name) const {
-    // An engine without a directory keeps no files, rather than files at the file system's root.
-    return m_contentDirectory.empty() ? std::string() : quorvelDirectoryPath() + "/" + name;
+    const std::string directory = quorvelDirectoryPath();
+    return directory.empty() ? directory : directory + "/" + name;
 }
 
 QVLJSONDictionary QVLQuorvel::loadOutputsCache() const {

@@ -7,6 +7,7 @@
 void QVLQuorvel::performOnQueue(std::function<void(QVLQuorvel&)> work) {
     m_qvlQueue->async([weak = weak_from_this(), work = std::move(work)] {
         if (const auto self = weak.lock()) {
+            self->m_runner->beginTask();
             work(*self);
         }
     });

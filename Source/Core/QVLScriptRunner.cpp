@@ -22,14 +22,16 @@ QVLScriptRunner::QVLScriptRunner(std::shared_ptr<const QVLPlatform> platform, st
       m_journals(std::move(journals)) {}
 
 void QVLScriptRunner::setStarted(bool started) {
-    m_stopTime = started ? std::chrono::steady_clock::time_point::max() : std::chrono::steady_clock::now();
     m_isStarted = started;
+    if (!started) {
+        m_stopTime = std::chrono::steady_clock::now();
+        ++m_stopCount;
+    }
 }
 
 bool QVLScriptRunner::shouldInterrupt() const {
-    const auto stopTime = m_stopTime.load();
-    const bool wasStopped = stopTime != std::chrono::steady_clock::time_point::max();
-    return m_isAbandoned || (wasStopped && std::chrono::steady_clock::now() - stopTime > kGraceAfterStop);
+    const bool wasStopped = m_stopCount != m_stopCountAtBeginning;
+    return m_isAbandoned || (wasStopped && std::chrono::steady_clock::now() - m_stopTime.load() > kGraceAfterStop);
 }
 
 void QVLScriptRunner::evaluateRules() {

@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -41,8 +42,11 @@ public:
         m_status.update(change);
     }
 
-    /// Any thread. A run that is still going some time after the engine was stopped is ended.
+    /// Any thread. What runs when the engine is stopped, and still does some time later, is ended, also if the engine
+    /// has been started again.
     void setStarted(bool started);
+    /// Called first by everything that the queue is given to do.
+    void beginTask() { m_stopCountAtBeginning = m_stopCount.load(); }
     [[nodiscard]] bool isStarted() const { return m_isStarted; }
     /// The engine has ended: a run under way is ended and none begins any more. Any thread.
     void abandon() { m_isAbandoned = true; }
@@ -103,10 +107,12 @@ private:
     std::atomic<bool> m_isStarted = false;
     std::atomic<bool> m_isAbandoned = false;
     std::atomic<bool> m_hasMadeContext = false;
-    std::atomic<std::chrono::steady_clock::time_point> m_stopTime = std::chrono::steady_clock::time_point::max();
+    std::atomic<std::chrono::steady_clock::time_point> m_stopTime{};
+    std::atomic<std::uint64_t> m_stopCount = 0;
     QVLPublished<Status> m_status;
 
     // The queue's own.
+    std::uint64_t m_stopCountAtBeginning = 0;
     std::unique_ptr<QVLJavaScriptContext> m_jsContext;
     std::shared_ptr<QVLAnalyticsEventInternal> m_lastLoadingAnalyticsEvent;
     std::optional<InputsText> m_inputsText;

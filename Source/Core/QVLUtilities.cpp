@@ -26,10 +26,5 @@ std::shared_ptr<const QVLBundle> QVLUtilities::quorvelBundle() {
 
 std::optional<std::string> QVLUtilities::imageNamed(const std::string& name) {
     const std::shared_ptr<const QVLBundle> bundle = quorvelBundle();
-    const std::optional<std::string> box = bundle->pathForResource(kImageBox);
-    const std::shared_ptr<QVLFileManager> fileManager = QVLPlatform::current()->fileManager;
-    if (box && fileManager->itemKindAtPath(*box) == QVLFileManager::ItemKind::Directory) {
-        return imageInside(*bundle, kImageBox + ("/" + name));
-    }
-    return imageInside(*bundle, name);
+    return imageInside(*bundle, bundle->hasDirectory(kImageBox) ? kImageBox + ("/" + name) : name);
 }

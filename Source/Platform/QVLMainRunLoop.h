@@ -24,11 +24,11 @@ public:
     /// Runs the task on the main thread, in the order of posting, never inside this call. Any thread.
     virtual void post(std::function<void()> task) = 0;
 
-    /// Runs the task once on the main thread when the delay is over. Dropping the token cancels it; a cancelled task
-    /// never runs. Main thread.
+    /// Runs the task once on the main thread when the delay is over. Dropping the token cancels it; a task cancelled on
+    /// the main thread never runs. Any thread.
     [[nodiscard]] virtual QVLToken performAfterDelay(QVLTimeInterval delay, std::function<void()> task) = 0;
 
-    /// Runs the task again and again, the first time after one interval. Dropping the token ends it. Main thread.
+    /// Runs the task again and again, the first time after one interval. Dropping the token ends it. Any thread.
     [[nodiscard]] virtual QVLToken performRepeatedly(QVLTimeInterval interval, std::function<void()> task) = 0;
 
     /// Runs what is due; waits at most this long for something to become due. True when something ran. Main thread.

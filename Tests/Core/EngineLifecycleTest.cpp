@@ -274,6 +274,22 @@ TEST_F(EngineLifecycleTest, TheEngineMayBeReleasedInsideAnyOfItsNotifications) {
     }
 }
 
+TEST_F(EngineLifecycleTest, AnEngineStoppedInsideItsStartStaysStopped) {
+    startWithEcho();
+    answer({{kQVLScriptGoogleAnalyticsSessionEventsKey, QVLJSONArray{QVLJSONDictionary{{"category", "c"}}}}});
+    for (const char* name :
+         {kQVLQuorvelScriptAvailabilityDidChangeNotification, kQVLGoogleAnalyticsEventsDidOccurNotification}) {
+        SCOPED_TRACE(name);
+        restarted();
+        notifications.clear();
+        const QVLToken token = QVLNotificationCenter::defaultCenter().addObserver(
+            name, engine, [this](const QVLNotification&) { engine->stop(); });
+        engine->start();
+        EXPECT_THAT(notifications, testing::Not(testing::Contains(kQVLQuorvelDidStartNotification)));
+        EXPECT_EQ(platform.runLoop->timerCount(), 0U);
+    }
+}
+
 TEST_F(EngineLifecycleTest, AnEngineReleasedBeforeItsEvaluationSavesAndPostsNothingMore) {
     startWithEcho();
     engine->setInputs({{"answer", QVLJSONDictionary{{"late", true}}}});

@@ -23,6 +23,17 @@ protected:
         engine->performOnQueue([script](QVLQuorvel& quorvel) { quorvel.loadScriptWithJSContent(script); });
     }
 
+    /// Returns when the queue is on the point of running a script that never returns.
+    static void runEndlessly(const std::shared_ptr<QVLQuorvel>& engine) {
+        std::atomic<bool> isRunning = false;
+        engine->performOnQueue([&](QVLQuorvel& quorvel) {
+            isRunning = true;
+            isRunning.notify_one();
+            quorvel.loadScriptWithJSContent("for (;;) {}");
+        });
+        isRunning.wait(false);
+    }
+
     // Goes last: queues write until the platform has seen their ends.
     TemporaryDirectory directory;
     TestPlatform platform{TestPlatform::Queues::Real};
@@ -64,9 +75,9 @@ TEST_F(EngineThreadsTest, AScriptThatNeverReturnsHoldsUpNeitherStopNorReleaseNor
 
 TEST_F(EngineThreadsTest, AStuckScriptIsEndedAfterStopAndTheEngineCanStartAgain) {
     const auto engine = makeEngine("a");
-    load(engine, kEndless);
-    engine->setInputs({{"count", 1}});
+    runEndlessly(engine);
     engine->stop();
+    engine->start();
     load(engine, kCounting);
     bool isQueueFree = false;
     engine->performOnQueue([&](QVLQuorvel&) { platform.runLoop->post([&] { isQueueFree = true; }); });
@@ -82,13 +93,7 @@ TEST_F(EngineThreadsTest, AScriptThatNeverReturnsDoesNotHoldUpTheEndOfTheProcess
         {
             // As with a host that keeps its engine to the end.
             static const auto engine = makeEngine("stuck");
-            std::atomic<bool> isRunning = false;
-            engine->performOnQueue([&](QVLQuorvel& quorvel) {
-                isRunning = true;
-                isRunning.notify_one();
-                quorvel.loadScriptWithJSContent("for (;;) {}");
-            });
-            isRunning.wait(false);
+            runEndlessly(engine);
             platform.runLoop->runOnce(QVLTimeInterval(0.05));
             std::exit(0);
         },

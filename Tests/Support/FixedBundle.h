@@ -19,6 +19,8 @@ public:
         return found == m_paths.end() ? m_library.pathForResource(name) : found->second;
     }
 
+    [[nodiscard]] bool hasDirectory(std::string_view name) const override { return m_library.hasDirectory(name); }
+
 private:
     std::map<std::string, std::optional<std::string>, std::less<>> m_paths;
     QVLLinuxBundle m_library = QVLLinuxBundle::libraryBundle();

@@ -156,10 +156,12 @@ std::optional<std::string> QVLScriptManager::localPathForScript(const QVLScript&
         break;
     }
     const std::optional<std::string> directory = m_environment->nightlyScriptDirectoryPath();
-    if (!directory || !script.url() || script.url()->lastPathComponent().empty()) {
+    const std::string name = script.url() ? script.url()->lastPathComponent() : std::string();
+    // No entry of a feed may take the place of the feed itself.
+    if (!directory || name.empty() || name == kQVLCachedNightlyFeedFile) {
         return std::nullopt;
     }
-    return *directory + "/" + script.url()->lastPathComponent();
+    return *directory + "/" + name;
 }
 
 void QVLScriptManager::updateCurrentScript() {

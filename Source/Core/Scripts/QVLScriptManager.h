@@ -20,10 +20,14 @@ struct QVLPlatform;
 
 /// Seconds between two fetches of the scripts: 6 hours.
 inline constexpr double kQVLScriptFetchInterval = 21600.0;
-/// User-defaults key of the date of the last completed fetch.
+/// User-defaults key of the date of the last completed fetch: text in the form of `QVLDateFormatter`. Anything else
+/// counts as none.
 inline constexpr const char* kQVLLastUpdateDateKey = "QVLLastUpdateDateKey";
-/// User-defaults key of the version of the script chosen as override.
+/// User-defaults key of the version of the script chosen as override: text. On a command line a version that reads as a
+/// number needs quotation marks of its own, `-QVLOverrideScriptVersion '"2.14"'`.
 inline constexpr const char* kQVLOverrideScriptVersion = "QVLOverrideScriptVersion";
+/// File name of the nightly feed as last received, in the directory of the nightly scripts.
+inline constexpr const char* kQVLCachedNightlyFeedFile = "cachedNightlyFeed.json";
 /// Posted by a manager after each completed fetch. Nightly scripts may still be on their way.
 inline constexpr const char* kQVLScriptManagerDidFetchScriptsNotification =
     "QVLScriptManagerDidFetchScriptsNotification";
@@ -43,21 +47,20 @@ inline constexpr const char* kQVLScriptManagerCurrentScriptNeedsReloadNotificati
 ///
 /// What may surprise:
 /// - A remote download that fails ends fetching for good: the manager does not fetch again until the process makes a
-/// new one.
+///   new one.
 /// - A nightly feed that can be neither fetched nor read from its cache, or does not parse, empties the list and
-/// deletes every
-///   nightly script file. A feed that drops an entry deletes that entry's file.
+///   deletes every nightly script file. A feed that drops an entry deletes that entry's file.
 /// - The remote and the built-in script's paths are those of the shared environment, the nightly scripts' those of the
 ///   manager's own environment.
 /// - A reachability change may schedule a fetch even after `stopScriptFetching`.
 /// - A "last fetched" date in the future, left by a clock that was wrong, puts the next fetch off until 6 hours after
-/// it;
-///   `fetchScriptsNow` fetches all the same.
+///   it; `fetchScriptsNow` fetches all the same.
 class QVL_EXPORT QVLScriptManager final : public QVLObject, public std::enable_shared_from_this<QVLScriptManager> {
 public:
     using Scripts = std::vector<std::shared_ptr<QVLScript>>;
 
-    /// Sets up the records and chooses the current script; may post the reload notification. Fetches nothing.
+    /// Sets up the records and chooses the current script; may post the reload notification. Fetches nothing before
+    /// `startScriptFetching` or `fetchScriptsNow`. The environment is never null.
     [[nodiscard]] static std::shared_ptr<QVLScriptManager>
     initWithEnvironment(const std::shared_ptr<QVLQuorvelEnvironment>& environment);
     ~QVLScriptManager() override;
@@ -77,7 +80,11 @@ public:
     /// The script that the override's version designates, or null.
     [[nodiscard]] std::shared_ptr<QVLScript> overrideScript() const;
     /// Chooses an override by its version, or none with null. A script without a version is refused with one error
-    /// line.
+    /// line. While no script has the version any more, the normal order holds.
+    ///
+    /// Stored in the user defaults under `kQVLOverrideScriptVersion` while the environment's `persistDebugOverrides`
+    /// holds, and removed there otherwise. Posts the reload notification for an available script even when it was the
+    /// override before: whoever answers that notification must not set an override unconditionally.
     void setOverrideScript(const std::shared_ptr<QVLScript>& script);
     [[nodiscard]] const std::optional<std::string>& overrideVersion() const { return m_overrideVersion; }
     /// Whether nightly scripts take part: whether the debug tools are unlocked.
@@ -91,7 +98,8 @@ public:
     void startScriptFetching();
     /// Cancels the pending fetch and schedules no more. One in flight runs to its end.
     void stopScriptFetching();
-    /// Fetches at once, due or not, unless a fetch is in flight or the network is not there.
+    /// Fetches at once, due or not, unless a fetch is in flight or the network is not there. While nothing is known of
+    /// the network yet, since the host name is still being looked up, as soon as it turns out to be there.
     void fetchScriptsNow();
     /// Fetches when due; otherwise schedules the fetch. Without network, or without a remote script URL, nothing but an
     /// info line.
@@ -106,12 +114,14 @@ public:
     /// The session of every download, made on first use.
     [[nodiscard]] const std::shared_ptr<QVLHTTPSession>& urlSession();
     /// Downloads a script to its local file. The completion, which may be empty, is called on success only; a failure
-    /// is one error line and leaves the record failed and the old file as it was.
+    /// is one error line and leaves the record failed and the old file as it was. A record that is downloading already
+    /// gives an info line, and no completion.
     void downloadScript(const std::shared_ptr<QVLScript>& script, std::function<void()> completion);
     /// Fetches the nightly feed, or falls back to the cached one, and gives the records of its good entries in order;
     /// no value when neither serves.
     void fetchNightlyScripts(std::function<void(std::optional<Scripts>)> completion);
-    /// Takes over a feed: downloads what is missing, deletes the files that it does not list.
+    /// Takes over a feed: downloads scripts that have no file yet, deletes the files that it does not list. No value
+    /// deletes all of them.
     void processNightlyScripts(const std::optional<Scripts>& scripts);
     [[nodiscard]] std::optional<std::string> cachedNightlyFeedPath() const;
     /// Every item of the nightly directory but the cached feed; no value when it cannot be listed.
@@ -166,6 +176,12 @@ private:
     std::shared_ptr<QVLHTTPSession> m_urlSession;
     bool m_fetching = false;
     bool m_forceFetch = false;
+    /// Whether anybody has asked for fetching: until then a change of the network fetches nothing.
+    bool m_mayFetch = false;
+    /// Whether anything is known of the network.
+    bool m_hasHeardOfNetwork = false;
+    /// A fetch was to be forced before that.
+    bool m_owesForcedFetch = false;
     bool m_autoFetchingEnabled = false;
     bool m_isObserving = false;
     std::shared_ptr<QVLScript> m_bundledScript;

@@ -9,7 +9,6 @@
 
 namespace {
 
-constexpr const char* kCachedNightlyFeedFile = "cachedNightlyFeed.json";
 constexpr int kStatusOK = 200;
 
 bool isSuccess(const QVLHTTPReply& reply) {
@@ -138,6 +137,8 @@ QVLScriptManager::Scripts QVLScriptManager::scriptsOfFeed(const QVLJSONArray& fe
 }
 
 void QVLScriptManager::processNightlyScripts(const std::optional<Scripts>& scripts) {
+    // Whoever is told of a state on the way may drop this manager.
+    const std::shared_ptr<QVLScriptManager> self = shared_from_this();
     std::vector<std::string> unlisted = cachedScriptPaths().value_or(std::vector<std::string>());
     for (const std::shared_ptr<QVLScript>& script : scripts.value_or(Scripts())) {
         const std::optional<std::string> path = localPathForScript(*script);
@@ -155,7 +156,7 @@ void QVLScriptManager::processNightlyScripts(const std::optional<Scripts>& scrip
 
 std::optional<std::string> QVLScriptManager::cachedNightlyFeedPath() const {
     const std::optional<std::string> directory = m_environment->nightlyScriptDirectoryPath();
-    return directory ? std::optional(*directory + "/" + kCachedNightlyFeedFile) : std::nullopt;
+    return directory ? std::optional(*directory + "/" + kQVLCachedNightlyFeedFile) : std::nullopt;
 }
 
 std::optional<std::vector<std::string>> QVLScriptManager::cachedScriptPaths() const {

@@ -15,6 +15,7 @@ constexpr QVLDate kReferenceDate = std::chrono::sys_days(std::chrono::year(2001)
 } // namespace
 
 void QVLScriptManager::startScriptFetching() {
+    m_mayFetch = true;
     m_autoFetchingEnabled = true;
     fetchScriptsIfNeeded();
 }
@@ -26,13 +27,20 @@ void QVLScriptManager::stopScriptFetching() {
 
 void QVLScriptManager::fetchScriptsNow() {
     const std::shared_ptr<QVLScriptManager> self = shared_from_this();
+    m_mayFetch = true;
     m_forceFetch = true;
     fetchScriptsIfNeeded();
     m_forceFetch = false;
 }
 
 void QVLScriptManager::reachabilityChanged(const QVLNotification& notification) {
-    if (m_reachability && notification.sender == m_reachability) {
+    if (!m_reachability || notification.sender != m_reachability) {
+        return;
+    }
+    m_hasHeardOfNetwork = true;
+    if (std::exchange(m_owesForcedFetch, false)) {
+        fetchScriptsNow();
+    } else if (m_mayFetch) {
         fetchScriptsIfNeeded();
     }
 }
@@ -46,6 +54,7 @@ void QVLScriptManager::fetchScriptsIfNeeded() {
     // Without a remote script URL, also one that the host took away since, there is nothing to reach.
     if (!remoteScript() || !m_reachability || m_reachability->currentReachabilityStatus() == QVLNotReachable) {
         QVL_LOG_INFO(this, "Scripts not reachable");
+        m_owesForcedFetch = m_owesForcedFetch || (m_forceFetch && m_reachability && !m_hasHeardOfNetwork);
         return;
     }
     m_pendingFetch.reset();

@@ -1,5 +1,6 @@
 #include "QVLLinuxBundle.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -43,4 +44,11 @@ std::optional<std::string> QVLLinuxBundle::pathForResource(std::string_view name
         }
     }
     return std::nullopt;
+}
+
+bool QVLLinuxBundle::hasDirectory(std::string_view name) const {
+    return std::any_of(m_directories.begin(), m_directories.end(), [name](const std::string& directory) {
+        std::error_code error;
+        return fs::is_directory(fs::path(directory) / name, error);
+    });
 }

@@ -15,6 +15,7 @@ public:
     [[nodiscard]] static QVLLinuxBundle libraryBundle();
 
     [[nodiscard]] std::optional<std::string> pathForResource(std::string_view name) const override;
+    [[nodiscard]] bool hasDirectory(std::string_view name) const override;
 
 private:
     std::vector<std::string> m_directories;

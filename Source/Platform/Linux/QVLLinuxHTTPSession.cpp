@@ -2,16 +2,22 @@
 
 #include "QVLCurlWorker.h"
 
+#include <exception>
 #include <utility>
 
 QVLLinuxHTTPSession::QVLLinuxHTTPSession(std::shared_ptr<QVLMainRunLoop> mainRunLoop, QVLCurlOptions options)
-    : m_mainRunLoop(std::move(mainRunLoop)),
-      m_completions(std::make_shared<Completions>()),
-      m_worker(std::make_shared<QVLCurlWorker>(
-          std::move(options), [mainRunLoop = m_mainRunLoop,
-                               completions = std::weak_ptr(m_completions)](std::uint64_t number, QVLHTTPReply reply) {
-              mainRunLoop->post(delivery(completions, number, std::move(reply)));
-          })) {}
+    : m_mainRunLoop(std::move(mainRunLoop)), m_completions(std::make_shared<Completions>()) {
+    try {
+        m_worker = std::make_shared<QVLCurlWorker>(
+            std::move(options), [mainRunLoop = m_mainRunLoop,
+                                 completions = std::weak_ptr(m_completions)](std::uint64_t number, QVLHTTPReply reply) {
+                mainRunLoop->post(delivery(completions, number, std::move(reply)));
+            });
+    } catch (const std::exception& error) {
+        // No thread or no memory to be had: every request tells so.
+        m_reasonWithoutWorker = {QVLHTTPErrorCode::Other, std::string("Cannot use the network: ") + error.what()};
+    }
+}
 
 QVLLinuxHTTPSession::~QVLLinuxHTTPSession() {
     invalidateAndCancel();
@@ -23,9 +29,9 @@ QVLToken QVLLinuxHTTPSession::start(QVLHTTPRequest request, Completion completio
     if (m_worker) {
         m_worker->start(number, std::move(request));
     } else {
-        m_mainRunLoop->post(delivery(m_completions, number,
-                                     {.error = QVLCurlTransfer::error(QVLHTTPErrorCode::SessionInvalidated,
-                                                                      "The session was invalidated", request.url)}));
+        m_mainRunLoop->post(delivery(
+            m_completions, number,
+            {.error = QVLCurlTransfer::error(m_reasonWithoutWorker.code, m_reasonWithoutWorker.message, request.url)}));
     }
     return QVLToken([completions = std::weak_ptr(m_completions), worker = std::weak_ptr(m_worker), number] {
         const auto living = completions.lock();

@@ -30,6 +30,11 @@ private:
     // The main thread's alone, and there even the last to go: completions hold what lives there.
     std::shared_ptr<Completions> m_completions;
     std::uint64_t m_nextNumber = 0;
-    /// Null once invalidated.
+    /// Null once invalidated, or where none could be made.
     std::shared_ptr<QVLCurlWorker> m_worker;
+    struct Reason {
+        QVLHTTPErrorCode code = QVLHTTPErrorCode::SessionInvalidated;
+        std::string message = "The session was invalidated";
+    };
+    Reason m_reasonWithoutWorker;
 };

@@ -75,14 +75,19 @@ std::uint32_t flagsOfHost(const QVLLinuxReachabilityServices& services, const st
 
 } // namespace
 
-std::shared_ptr<const QVLLinuxReachabilityServices> QVLLinuxReachabilityServices::native(
-    std::function<std::unique_ptr<QVLSerialQueue>(std::string label)> makeSerialQueue) {
+std::shared_ptr<const QVLLinuxReachabilityServices>
+QVLLinuxReachabilityServices::native(std::function<std::unique_ptr<QVLSerialQueue>(std::string label)> makeSerialQueue,
+                                     std::shared_ptr<QVLMainRunLoop> mainRunLoop) {
     auto services = std::make_shared<QVLLinuxReachabilityServices>();
     services->networkMonitor = QVLLinuxNetworkMonitor::shared();
     services->makeSerialQueue = std::move(makeSerialQueue);
     services->resolve = [](const std::string& hostName) { return addressesOf(hostName, /*resolverFlags=*/0); };
     services->routeFlags = QVLLinuxRouteFlags;
     services->now = std::chrono::steady_clock::now;
+    services->performAfterDelay = [mainRunLoop = std::move(mainRunLoop)](QVLTimeInterval delay,
+                                                                         std::function<void()> task) {
+        return mainRunLoop->performAfterDelay(delay, std::move(task));
+    };
     return services;
 }
 
@@ -122,6 +127,7 @@ bool QVLLinuxReachabilityTarget::setCallback(Callback callback) {
     m_callback.swap(registered);
     m_announcedFlags.reset();
     announceIfNew();
+    retryIfUnreachable();
     return true;
 }
 
@@ -189,6 +195,20 @@ void QVLLinuxReachabilityTarget::publish(std::uint32_t flags) {
     const std::lock_guard lock(m_mutex);
     m_flags = flags;
     announceIfNew();
+    retryIfUnreachable();
+}
+
+void QVLLinuxReachabilityTarget::retryIfUnreachable() {
+    const bool isReachable = m_flags && (*m_flags & kQVLReachabilityFlagsReachable);
+    if (!m_lookUpQueue || !m_callback || isReachable) {
+        m_retry.reset();
+        return;
+    }
+    m_retry = m_services->performAfterDelay(kLongestLookUpAge, [weakThis = weak_from_this()] {
+        if (const auto target = weakThis.lock()) {
+            target->refresh();
+        }
+    });
 }
 
 void QVLLinuxReachabilityTarget::announceIfNew() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "QVLMainRunLoop.h"
 #include "QVLReachabilityTarget.h"
 #include "QVLToken.h"
 
@@ -21,15 +22,19 @@ struct QVLLinuxReachabilityServices {
     std::function<std::optional<std::uint32_t>(const QVLSocketAddress& address)> routeFlags;
     /// Any thread.
     std::function<std::chrono::steady_clock::time_point()> now;
+    /// Runs the task once when the delay is over, unless the token is dropped before. Any thread.
+    std::function<QVLToken(QVLTimeInterval delay, std::function<void()> task)> performAfterDelay;
 
     [[nodiscard]] static std::shared_ptr<const QVLLinuxReachabilityServices>
-    native(std::function<std::unique_ptr<QVLSerialQueue>(std::string label)> makeSerialQueue);
+    native(std::function<std::unique_ptr<QVLSerialQueue>(std::string label)> makeSerialQueue,
+           std::shared_ptr<QVLMainRunLoop> mainRunLoop);
 };
 
 /// A watched host name or address: flags from the kernel's routes, looked at again whenever the network changes.
 ///
 /// A host name is looked up on a queue of the target's own, which can take ten seconds where name servers are dead;
-/// until the next look-up has ended the flags of the last one stand.
+/// until the next look-up has ended the flags of the last one stand. While the host is watched and not reachable it is
+/// looked up again from time to time, since a name server may come back without any change of the network.
 class QVLLinuxReachabilityTarget final : public QVLReachabilityTarget,
                                          public std::enable_shared_from_this<QVLLinuxReachabilityTarget> {
     struct Private {};
@@ -54,6 +59,7 @@ private:
     [[nodiscard]] std::string beginLookUp();
     void publish(std::uint32_t flags);
     void announceIfNew();
+    void retryIfUnreachable();
 
     const std::shared_ptr<const QVLLinuxReachabilityServices> m_services;
     const QVLReachabilityPeer m_peer;
@@ -67,6 +73,7 @@ private:
     std::optional<std::uint32_t> m_announcedFlags;
     std::chrono::steady_clock::time_point m_lookUpTime;
     bool m_isLookUpQueued = false;
+    QVLToken m_retry;
     std::shared_ptr<const Callback> m_callback;
     std::shared_ptr<QVLSerialQueue> m_queue;
 };

@@ -17,8 +17,9 @@ std::unique_ptr<QVLSerialQueue> makeSerialQueue(std::string label) {
 }
 
 /// The network is first looked at when the first target is made, which is on the main thread.
-std::shared_ptr<QVLReachabilityTarget> makeReachabilityTarget(const QVLReachabilityPeer& peer) {
-    static const auto* const services = new auto(QVLLinuxReachabilityServices::native(makeSerialQueue));
+std::shared_ptr<QVLReachabilityTarget> makeReachabilityTarget(const QVLReachabilityPeer& peer,
+                                                              const std::shared_ptr<QVLMainRunLoop>& mainRunLoop) {
+    static const auto* const services = new auto(QVLLinuxReachabilityServices::native(makeSerialQueue, mainRunLoop));
     return QVLLinuxReachabilityTarget::make(peer, *services);
 }
 
@@ -37,6 +38,7 @@ QVLPlatform QVLPlatform::native() {
         .localization = std::make_shared<QVLLinuxLocalization>(),
         .makeSerialQueue = ::makeSerialQueue,
         .makeHTTPSession = [mainRunLoop] { return std::make_shared<QVLLinuxHTTPSession>(mainRunLoop); },
-        .makeReachabilityTarget = ::makeReachabilityTarget,
+        .makeReachabilityTarget =
+            [mainRunLoop](const QVLReachabilityPeer& peer) { return ::makeReachabilityTarget(peer, mainRunLoop); },
     };
 }

@@ -173,6 +173,29 @@ TEST_F(ScriptManagerTest, OfflineEveryAttemptSaysSoAndTheNextReachabilityChangeF
     EXPECT_EQ(requests()[0].timeout, QVLTimeInterval(60));
 }
 
+TEST_F(ScriptManagerTest, AForcedFetchWaitsForTheFirstNewsOfTheNetworkAndNothingIsFetchedUnasked) {
+    write(kQVLRemoteScriptFile, "// Quorvel 2.0\n");
+    platform.userDefaults->setObjectForKey("2026-11-21T23:00:00Z", kQVLLastUpdateDateKey);
+    platform.reachability.initialFlags = std::nullopt;
+    makeManager();
+    platform.reachability.targets().back()->setFlags(kQVLReachabilityFlagsReachable);
+    platform.runUntilIdle();
+    EXPECT_THAT(requests(), IsEmpty()) << "nobody has asked for a fetch";
+
+    makeManager();
+    manager->fetchScriptsNow();
+    manager->startScriptFetching();
+    EXPECT_THAT(requests(), IsEmpty());
+    platform.reachability.targets().back()->setFlags(kQVLReachabilityFlagsReachable);
+    platform.runUntilIdle();
+    EXPECT_EQ(requests().size(), 1U) << "forced, though the file is an hour old";
+    answer(0, 200, "// Quorvel 2.1\n");
+    platform.reachability.targets().back()->setFlags(0U);
+    platform.reachability.targets().back()->setFlags(kQVLReachabilityFlagsReachable);
+    platform.runUntilIdle();
+    EXPECT_EQ(requests().size(), 1U) << "once only";
+}
+
 TEST_F(ScriptManagerTest, ASuccessfulDownloadReplacesTheRecordStoresTheDateAndFetchesAgainSixHoursLater) {
     makeManager();
     manager->startScriptFetching();

@@ -29,5 +29,7 @@ TEST(QVLLinuxBundleTest, TheFirstDirectoryThatHasTheFileCounts) {
     EXPECT_EQ(bundle.pathForResource("a"), second.path("a"));
     EXPECT_EQ(bundle.pathForResource("b"), first.path("b"));
     EXPECT_EQ(bundle.pathForResource("c"), std::nullopt);
+    EXPECT_TRUE(bundle.hasDirectory("a"));
+    EXPECT_FALSE(bundle.hasDirectory("b"));
     EXPECT_EQ(bundle.pathForResource(""), std::nullopt);
 }

@@ -40,6 +40,9 @@ protected:
         };
         services->routeFlags = [this](const QVLSocketAddress& address) { return routes[textOf(address)]; };
         services->now = [this] { return now; };
+        services->performAfterDelay = [this](QVLTimeInterval delay, std::function<void()> task) {
+            return runLoop.performAfterDelay(delay, std::move(task));
+        };
         routes[textOf(kNear)] = kDirect;
         routes[textOf(kFar)] = kReachable;
     }
@@ -57,12 +60,27 @@ protected:
     const std::shared_ptr<SteppedQueue> lookUps = std::make_shared<SteppedQueue>("lookUps");
     const std::shared_ptr<SteppedQueue> callbacks = std::make_shared<SteppedQueue>("callbacks");
     const std::shared_ptr<QVLLinuxReachabilityServices> services = std::make_shared<QVLLinuxReachabilityServices>();
+    SteppedRunLoop runLoop;
     std::map<std::string, std::vector<QVLSocketAddress>> addresses = {{"host", {kFar}}};
     std::map<std::string, std::optional<std::uint32_t>> routes;
     std::chrono::steady_clock::time_point now{std::chrono::hours(1)};
     int lookUpCount = 0;
     std::vector<std::uint32_t> calls;
 };
+
+TEST_F(ReachabilityTargetTest, AWatchedHostThatIsNotFoundIsLookedUpAgainUntilItIs) {
+    addresses.clear();
+    const auto target = make("host");
+    watch(*target);
+    lookUps->runAll();
+    EXPECT_EQ(runLoop.timerCount(), 1U);
+    addresses["host"] = {kFar};
+    runLoop.advance(std::chrono::seconds(30));
+    lookUps->runAll();
+    callbacks->runAll();
+    EXPECT_THAT(calls, ElementsAre(0U, kReachable));
+    EXPECT_EQ(runLoop.timerCount(), 0U);
+}
 
 TEST_F(ReachabilityTargetTest, AnAddressIsAnnouncedOnceAndThenWheneverItsFlagsDiffer) {
     const auto target = make(kNear);
@@ -194,9 +212,10 @@ TEST(LinuxRouteTest, KnowsTheAddressesOfThisComputer) {
 }
 
 TEST(LinuxReachabilityTest, FindsThisComputerByNameAndByAddressWithoutAnyNetwork) {
-    SteppedRunLoop runLoop;
+    const auto sharedRunLoop = std::make_shared<SteppedRunLoop>();
+    SteppedRunLoop& runLoop = *sharedRunLoop;
     const auto services = QVLLinuxReachabilityServices::native(
-        [](std::string label) { return std::make_unique<QVLLinuxSerialQueue>(std::move(label)); });
+        [](std::string label) { return std::make_unique<QVLLinuxSerialQueue>(std::move(label)); }, sharedRunLoop);
     EXPECT_EQ(QVLLinuxReachabilityTarget::make("127.0.0.1", services)->flags(), kLocal);
     const auto target = QVLLinuxReachabilityTarget::make("localhost", services);
     std::optional<std::uint32_t> announced;
