@@ -9,11 +9,11 @@ FORMATTED := find Source Tests Examples \( -name '*.h' -o -name '*.cpp' \) -prin
 help: ## list the targets
 	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/    make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 24
 
-run: ## build what is needed and run the terminal host on the sample data
+run: ## build what is needed and show the road of one change, on the sample data
 	@Scripts/install-dependencies
 	cmake --preset dev
 	cmake --build --preset dev --target TerminalHost
-	build/dev/Examples/TerminalHost/TerminalHost
+	build/dev/Examples/TerminalHost/TerminalHost --tour --verbose
 
 test: ## build everything and run the tests
 	@Scripts/install-dependencies

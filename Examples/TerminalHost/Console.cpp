@@ -42,17 +42,34 @@ Console::Console() : m_isColoured(isColourWanted()), m_width(widthOfOutput()) {}
 void Console::print(std::string_view section, const Page& page) {
     const std::lock_guard lock(m_mutex);
     if (section != m_section) {
-        Page heading = makePage();
-        heading.put(section, Style::Heading).endLine();
-        write((m_section.empty() ? "" : "\n") + heading.text());
-        m_section = section;
+        writeHeading(section);
     }
     write(page.text());
+}
+
+void Console::printHeading(std::string_view heading) {
+    const std::lock_guard lock(m_mutex);
+    writeHeading(heading);
+    m_isBelowHeading = true;
+}
+
+bool Console::isBroken() const {
+    const std::lock_guard lock(m_mutex);
+    return m_writeError != 0;
 }
 
 int Console::writeError() const {
     const std::lock_guard lock(m_mutex);
     return m_writeError == EPIPE ? 0 : m_writeError;
+}
+
+void Console::writeHeading(std::string_view heading) {
+    Page page = makePage();
+    page.put(heading, Style::Heading).endLine();
+    const bool isAtTop = m_section.empty() || m_isBelowHeading;
+    write((isAtTop ? "" : "\n") + page.text());
+    m_section = heading;
+    m_isBelowHeading = false;
 }
 
 void Console::write(const std::string& text) {

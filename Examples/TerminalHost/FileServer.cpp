@@ -4,7 +4,10 @@
 
 #include <httplib.h>
 
+#include <atomic>
 #include <thread>
+
+#include <sys/socket.h>
 
 namespace host {
 
@@ -12,11 +15,18 @@ namespace {
 
 constexpr const char* kAddress = "127.0.0.1";
 
+/// A port that was just given up can be had again, but, other than with the server's own options, none that is in use.
+void setSocketOptions(socket_t socket) {
+    const int yes = 1;
+    setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+}
+
 } // namespace
 
 struct FileServer::Running {
     httplib::Server server;
     int port = 0;
+    std::atomic<bool> hasEnded = false;
     std::thread thread;
 };
 
@@ -25,21 +35,34 @@ FileServer::FileServer(const std::string& directory, int port) : m_running(std::
     if (!server.set_mount_point("/", directory)) {
         throw HostError("cannot serve '" + directory + "': it is not a directory");
     }
-    const bool isBound =
-        port == 0 ? (port = server.bind_to_any_port(kAddress)) > 0 : server.bind_to_port(kAddress, port);
-    if (!isBound) {
+    server.set_socket_options(setSocketOptions);
+    // A connection that is kept open would hold up the end.
+    server.set_keep_alive_max_count(1);
+    m_running->port = port == 0 ? server.bind_to_any_port(kAddress) : port;
+    if (m_running->port <= 0 || (port != 0 && !server.bind_to_port(kAddress, port))) {
         throw HostError("cannot serve on the port; another program may have it");
     }
-    m_running->port = port;
-    m_running->thread = std::thread([&server] { server.listen_after_bind(); });
-    while (!server.is_running()) {
-        std::this_thread::yield();
-    }
+    listen();
 }
 
 FileServer::~FileServer() {
     m_running->server.stop();
     m_running->thread.join();
+}
+
+void FileServer::listen() {
+    Running& running = *m_running;
+    running.thread = std::thread([&running] {
+        running.server.listen_after_bind();
+        running.hasEnded = true;
+    });
+    while (!running.server.is_running() && !running.hasEnded) {
+        std::this_thread::yield();
+    }
+    if (running.hasEnded) {
+        running.thread.join();
+        throw HostError("cannot listen on the port " + std::to_string(running.port));
+    }
 }
 
 std::string FileServer::addressOf(const std::string& path) const {

@@ -18,6 +18,8 @@ public:
     [[nodiscard]] std::string addressOf(const std::string& path) const;
 
 private:
+    void listen();
+
     struct Running;
     std::unique_ptr<Running> m_running;
 };

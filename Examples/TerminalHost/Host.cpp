@@ -1,40 +1,30 @@
 #include "Host.h"
 
 #include "HostError.h"
+#include "HostFiles.h"
+#include "Report.h"
+#include "Scripts.h"
 
-#include <array>
-#include <string_view>
 #include <utility>
 
 namespace host {
 
 namespace {
 
+using namespace std::chrono_literals;
+
+constexpr QVLTimeInterval kTickInterval(0.5);
 constexpr QVLTimeInterval kLongestWait(3600.0);
-constexpr QVLTimeInterval kPatience(3.0);
-constexpr QVLTimeInterval kLongestFarewell(0.2);
+/// A script that takes longer gets a remark, and later, where nobody is there to decide, the end.
+constexpr auto kPatience = 3s;
+constexpr auto kLongestRun = 10s;
+/// Until the network is known to be there, which takes a look-up of the host's name.
+constexpr auto kLongestWaitForNetwork = 3s;
+/// A stopped engine ends a run that goes on for another second.
+constexpr QVLTimeInterval kLongestFarewell(2.0);
 
 void post(std::function<void()> task) {
     QVLMainRunLoop::mainRunLoop()->post(std::move(task));
-}
-
-std::string countOf(std::size_t count, const std::string& what) {
-    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
-}
-
-std::string textOfJournals(const QVLJournals& journals) {
-    return countOf(journals.allEventKeys().size(), "event") + " and " + countOf(journals.allFlagKeys().size(), "flag");
-}
-
-/// Outputs are read one by one, as hosts read them: overrides count, and so does the switch that hides all outputs.
-QVLJSONDictionary visibleOutputs(const QVLQuorvel& engine) {
-    std::vector<QVLJSONDictionary::Entry> entries;
-    for (const std::string& key : engine.outputKeys()) {
-        if (const std::shared_ptr<QVLOutput> output = engine.outputForKey(key)) {
-            entries.push_back({key, output->genericValue()});
-        }
-    }
-    return QVLJSONDictionary(std::move(entries));
 }
 
 std::string textOfRecords(const Options& options) {
@@ -48,22 +38,13 @@ std::string textOfRecords(const Options& options) {
     return text.empty() ? text : text.substr(2);
 }
 
-/// What a status event means for whoever wrote the script.
-std::string_view meaningOfStatus(std::string_view status) {
-    static constexpr std::array<std::pair<std::string_view, std::string_view>, 6> kMeanings = {{
-        {kQVLEventLoadStatusNotFound, "it cannot be read"},
-        {kQVLEventLoadStatusNotInstalled, "it throws, or leaves no quorvel.process"},
-        {kQVLEventLoadStatusNotSupported, "it does not support this version of the application"},
-        {kQVLEventLoadStatusBadResponse, "it throws, or does not answer with the text of a JSON object"},
-        {kQVLEventLoadStatusRuntimeError, "it answers with an error"},
-        {kQVLEventRunStatusSomeErrors, "some of its rules failed"},
-    }};
-    for (const auto& [known, meaning] : kMeanings) {
-        if (known == status) {
-            return meaning;
+bool hasUnaskedTest(const QVLABTestManager& manager) {
+    for (const auto& [guid, result] : manager.testResults()) {
+        if (result->status() == QVLABTestStatusUnknown && result->lastCheckTime() == 0) {
+            return true;
         }
     }
-    return {};
+    return false;
 }
 
 } // namespace
@@ -72,89 +53,65 @@ Host::Host(Options options, std::shared_ptr<Console> console)
     : m_options(std::move(options)),
       m_console(std::move(console)),
       m_logger(std::make_shared<ConsoleLogger>(m_console, m_options.isVerbose)),
-      m_interruption([this](int signal) { post([this, signal] { m_signal = signal; }); }) {
-    readFiles();
-    m_directory.emplace(m_options.directory);
-    if (m_journals) {
-        m_directory->setJournals(m_journals->text);
-    }
-    configureEnvironment();
-    makeEngine();
-    showSources();
-}
+      m_inputs(m_options.inputsPath),
+      m_interruption([this](int signal) { post([this, signal] { m_signal = signal; }); }),
+      m_environment(m_options, m_inputs.inputs(), m_logger),
+      m_engine(m_environment.makeEngine()),
+      m_printer(m_console, m_engine),
+      m_commands(m_console, m_engine, m_printer, [this] { finish(); }),
+      m_steps(m_engine, [this] { return isWaiting(); }),
+      m_feed(m_console, m_commands, m_steps, [this] { finish(); }) {}
 
 Host::~Host() {
-    m_observations.clear();
-    if (m_engine) {
-        m_engine->stop();
-        letQueueFinish();
-    }
+    m_life.reset();
+    m_steps.end();
+    m_printer.end();
+    m_engine->stop();
+    letQueueFinish();
 }
 
 int Host::run() {
-    feedEngine();
-    loadScript();
-    stepUntilFinished();
-    if (m_signal != 0) {
-        return kExitSignal + m_signal;
-    }
-    showResult();
-    if (const std::string reason = reasonOfFailure(); !reason.empty()) {
-        throw HostError("the script '" + shortPath(m_scriptPath) + "' failed: " + reason, kExitScriptFailed);
-    }
-    return kExitSuccess;
-}
-
-void Host::readFiles() {
-    const auto builtIn = QVLQuorvelEnvironment::sharedEnvironment()->bundleScriptFilePath();
-    if (!m_options.scriptPath && !builtIn) {
-        throw HostError("the library lacks its built-in script; --script names another one");
-    }
-    m_scriptPath = m_options.scriptPath ? *m_options.scriptPath : *builtIn;
-    checkIsReadable(m_scriptPath, "script");
-    m_inputs = readJSONFile(m_options.inputsPath, "inputs file");
-    if (m_inputs.object.isEmpty()) {
-        throw HostError("the inputs file '" + m_options.inputsPath +
-                        "' holds no inputs, and without any no script runs");
-    }
-    if (!m_options.journalsPath.empty()) {
-        m_journals = readJSONFile(m_options.journalsPath, "journals file");
-    }
-}
-
-void Host::configureEnvironment() {
-    QVLQuorvelEnvironment& environment = *QVLQuorvelEnvironment::sharedEnvironment();
-    environment.setLogger(m_logger);
-    environment.setApplicationSupportDirectory(m_directory->path());
-    environment.setAppVersion(m_inputs.object.valueForKey("appVersion").qvl_castToStringValue());
-}
-
-void Host::makeEngine() {
-    m_engine = QVLQuorvel::initWithDirectory(m_directory->path(), nullptr, nullptr);
-    listen();
-}
-
-void Host::listen() {
-    m_observations.push_back(QVLNotificationCenter::defaultCenter().addObserver(
-        kQVLGoogleAnalyticsEventsDidOccurNotification, m_engine,
-        [this](const QVLNotification& notification) { receiveEvents(notification); }));
+    showSources();
+    prepareSteps();
+    runUntilFinished();
+    return result();
 }
 
 void Host::showSources() const {
-    std::vector<Source> sources;
-    sources.push_back({"script", shortPath(m_scriptPath)});
-    sources.push_back({"inputs", shortPath(m_options.inputsPath) + ", " + countOf(m_inputs.object.count(), "value")});
-    const std::string journals = m_journals ? shortPath(m_options.journalsPath) : "kept from the last run";
+    std::vector<Source> sources = m_environment.scriptSources();
+    sources.push_back({"inputs", shortPath(m_inputs.path()) + ", " + countOf(m_inputs.inputs().count(), "value")});
+    const std::string journals =
+        m_options.journalsPath.empty() ? "kept from the last run" : shortPath(m_options.journalsPath);
     sources.push_back({"journals", journals + ", " + textOfJournals(*m_engine->journals())});
     if (const std::string records = textOfRecords(m_options); !records.empty()) {
         sources.push_back({"recorded", records});
     }
-    sources.push_back({"directory", m_directory->isTemporary() ? "temporary" : shortPath(m_directory->path())});
-    printSources(*m_console, sources);
+    for (const Source& source : m_environment.directorySources()) {
+        sources.push_back(source);
+    }
+    printSources(*m_console, "Run", sources);
 }
 
-void Host::feedEngine() {
-    m_engine->setInputs(m_inputs.object);
+// What is recorded first causes no evaluation of its own, since the engine is not started yet. A script file is loaded
+// before the start too; it is tried out on the inputs, so these have to be there.
+void Host::prepareSteps() {
+    m_steps.add([this] { record(); });
+    if (m_options.scriptPath) {
+        m_steps.add([this] { loadScript(); });
+    }
+    m_steps.add([this] { start(); });
+    m_steps.add([this] { remarkOnTests(); });
+    if (m_options.isTour) {
+        m_feed.addTour();
+    }
+    if (m_options.isInteractive) {
+        m_feed.followStandardInput();
+    } else {
+        m_steps.add([this] { finish(); });
+    }
+}
+
+void Host::record() {
     for (const std::string& event : m_options.events) {
         m_engine->journals()->eventForKey(event)->trigger();
     }
@@ -163,44 +120,101 @@ void Host::feedEngine() {
     }
 }
 
-// An engine that is not started evaluates nothing, so the script is in place before the first evaluation.
 void Host::loadScript() {
-    m_engine->performOnQueue([this, path = m_scriptPath](QVLQuorvel& engine) {
+    setInputs();
+    m_engine->performOnQueue([this, life = std::weak_ptr(m_life), path = *m_options.scriptPath](QVLQuorvel& engine) {
         const bool isLoaded = engine.loadScriptAtPath(path);
-        post([this, isLoaded] { scriptDidLoad(isLoaded); });
+        post([this, life, isLoaded] {
+            if (life.lock() && !isLoaded) {
+                m_hasLoadFailed = true;
+                finish();
+            }
+        });
     });
 }
 
-void Host::scriptDidLoad(bool isLoaded) {
-    if (!isLoaded || m_signal != 0) {
-        m_isFinished = true;
-        return;
-    }
+// The engine of the time before login evaluates when inputs are set after the start; an account's engine needs them
+// when its first script arrives, which is not before this returns.
+void Host::start() {
+    m_startTime = std::chrono::steady_clock::now();
     m_engine->start();
-    m_engine->performOnQueue([this](QVLQuorvel& engine) {
-        engine.evaluateRules();
-        const bool hasAnswer = engine.lastRunDate().has_value();
-        // What the run itself has posted by now, such as the answer, arrives before this.
-        post([this, hasAnswer] { rulesDidRun(hasAnswer); });
-    });
+    setInputs();
 }
 
-void Host::rulesDidRun(bool hasAnswer) {
-    m_hasAnswer = hasAnswer;
-    m_isFinished = true;
+void Host::setInputs() {
+    m_environment.describeApplication(m_inputs.inputs());
+    m_engine->setInputs(m_inputs.inputs());
 }
 
-void Host::stepUntilFinished() {
+void Host::remarkOnTests() const {
+    const auto& tests = m_engine->abtestManager();
+    const bool isUnreachable = tests && tests->reachability() && !tests->reachability()->isReachable();
+    if (isUnreachable && hasUnaskedTest(*tests)) {
+        printRemark(*m_console, "Host",
+                    "'" + m_options.testHost.value_or("") + "' cannot be reached; its A/B tests wait");
+    }
+}
+
+// --- Life -----------------------------------------------------------------------------------------------------------
+
+void Host::runUntilFinished() {
     const std::shared_ptr<QVLMainRunLoop> mainRunLoop = QVLMainRunLoop::mainRunLoop();
-    const QVLToken patience = mainRunLoop->performAfterDelay(
-        kPatience, [this] { printRemark(*m_console, "The script is still running; Ctrl-C ends it."); });
+    const QVLToken ticking = mainRunLoop->performRepeatedly(kTickInterval, [this] { tick(); });
     while (!m_isFinished && m_signal == 0) {
         mainRunLoop->runOnce(kLongestWait);
     }
 }
 
-// A file that is being written just now gets finished, so that its directory can go. A script that does not return is
-// left to itself.
+void Host::tick() {
+    if (m_options.isInteractive) {
+        followInputs();
+    }
+    watchScript();
+    if (m_console->isBroken()) {
+        finish();
+    }
+}
+
+void Host::followInputs() {
+    try {
+        if (m_inputs.readIfChanged()) {
+            setInputs();
+        }
+    } catch (const HostError& error) {
+        printRemark(*m_console, "Host", std::string(error.what()) + "; the old inputs stay");
+    }
+}
+
+void Host::watchScript() {
+    const auto time = m_steps.timeOnQueue();
+    if (time > kPatience && !m_hasRemarkedOnScript) {
+        printRemark(*m_console, "Log", "The script is still running; Ctrl-C ends it.");
+    }
+    m_hasRemarkedOnScript = time > kPatience;
+    if (time > kLongestRun && m_options.isInteractive && !m_feed.isTerminal()) {
+        m_isStuck = true;
+        finish();
+    }
+}
+
+bool Host::isWaiting() const {
+    const auto& scripts = m_engine->scriptManager();
+    const auto& tests = m_engine->abtestManager();
+    if (scripts && isDownloading(*scripts)) {
+        return true;
+    }
+    const bool hasUnfetched =
+        scripts && scripts->remoteScript() && scripts->remoteScript()->state() == QVLScriptStateUnknown;
+    const bool hasUnasked = tests && hasUnaskedTest(*tests);
+    return (hasUnfetched || hasUnasked) && std::chrono::steady_clock::now() - m_startTime < kLongestWaitForNetwork;
+}
+
+void Host::finish() {
+    m_isFinished = true;
+    m_steps.end();
+}
+
+// A file that is being written just now gets finished, so that its directory can go.
 void Host::letQueueFinish() {
     const std::shared_ptr<QVLMainRunLoop> mainRunLoop = QVLMainRunLoop::mainRunLoop();
     const auto isOver = std::make_shared<bool>(false);
@@ -211,37 +225,34 @@ void Host::letQueueFinish() {
     }
 }
 
-void Host::receiveEvents(const QVLNotification& notification) {
-    using Events = std::vector<std::shared_ptr<QVLAnalyticsEventInternal>>;
-    const auto* const events = notification.value<Events>(kQVLGoogleAnalyticsEventsUserInfoKey);
-    for (const auto& event : events ? *events : Events()) {
-        m_events.push_back({event->category() == kQVLEventLoadCategory ? "status" : "session", event});
+int Host::result() const {
+    if (m_signal != 0) {
+        return kExitSignal + m_signal;
     }
-}
-
-void Host::showResult() const {
+    if (m_isStuck) {
+        throw HostError("the script '" + nameOfScript() + "' did not return within " +
+                            countOf(kLongestRun.count(), "second"),
+                        kExitScriptFailed);
+    }
+    if (m_options.isInteractive && !m_hasLoadFailed) {
+        return kExitSuccess;
+    }
     if (const std::size_t hidden = m_logger->hiddenLineCount(); hidden > 0) {
-        printRemark(*m_console, countOf(hidden, "debug line") + " left out; see --verbose.");
+        printRemark(*m_console, "Log", countOf(hidden, "debug line") + " left out; see --verbose.");
     }
-    std::vector<ReportedEvent> events = m_events;
-    for (const auto& event : m_engine->analyticsEventsWithExtraDimensions()) {
-        events.push_back({"dimensions", event});
+    printReport(*m_console, *m_engine, m_printer.events());
+    if (const std::string reason = reasonOfFailure(*m_engine, m_printer.events()); !reason.empty()) {
+        throw HostError("the script '" + nameOfScript() + "' failed: " + reason, kExitScriptFailed);
     }
-    printEvents(*m_console, events);
-    if (m_hasAnswer) {
-        printBookkeeping(*m_console, m_engine->outputs());
-        printOutputs(*m_console, visibleOutputs(*m_engine));
-    }
+    return kExitSuccess;
 }
 
-std::string Host::reasonOfFailure() const {
-    for (const ReportedEvent& reported : m_events) {
-        // The first status tells most: that a script is not supported may follow from a bad answer.
-        if (reported.kind == "status") {
-            return std::string(meaningOfStatus(reported.event->action().value_or("")));
-        }
-    }
-    return m_hasAnswer ? "" : "the log says why";
+// A script that has not come through its load yet counts too.
+std::string Host::nameOfScript() const {
+    const auto& manager = m_engine->scriptManager();
+    const auto script = manager ? manager->currentScript() : nullptr;
+    const auto path = script ? manager->localPathForScript(*script) : m_options.scriptPath;
+    return shortPath(path.value_or("none"));
 }
 
 } // namespace host

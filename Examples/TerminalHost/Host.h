@@ -1,69 +1,81 @@
 #pragma once
 
+#include "CommandFeed.h"
+#include "Commands.h"
 #include "Console.h"
 #include "ConsoleLogger.h"
-#include "HostDirectory.h"
-#include "HostFiles.h"
+#include "HostEnvironment.h"
+#include "InputsFile.h"
 #include "Interruption.h"
+#include "NotificationPrinter.h"
 #include "Options.h"
-#include "Report.h"
+#include "Steps.h"
 
 #include <Quorvel/Quorvel.h>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace host {
 
-/// A host application in small. It does what any host does: it configures the environment, makes an engine, feeds it
-/// with inputs and journals, starts it, keeps the main run loop going, and listens.
+/// A host application in small. It does what any host does: it configures the environment, gets an engine, starts it,
+/// feeds it with inputs and journals, keeps the main run loop going, and listens. It ends after the first answer, or
+/// obeys commands until the user quits.
 class Host final {
 public:
-    /// Throws `HostError` for files that cannot be used.
+    /// Throws `HostError` for options and files that cannot be used.
     Host(Options options, std::shared_ptr<Console> console);
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
     ~Host();
 
-    /// Runs the rules once and shows what came of it. Returns the exit code when the script answered or a signal ended
-    /// the wait; throws `HostError` when the script failed.
+    /// Runs until the answer is there, the user quits, input ends or a signal comes. Returns the exit code; throws
+    /// `HostError` when the script failed.
     [[nodiscard]] int run();
 
 private:
-    void readFiles();
-    void configureEnvironment();
-    void makeEngine();
-    void listen();
     void showSources() const;
-    void feedEngine();
+    void prepareSteps();
+    void record();
     void loadScript();
-    void scriptDidLoad(bool isLoaded);
-    void rulesDidRun(bool hasAnswer);
-    void stepUntilFinished();
+    void start();
+    void setInputs();
+    void remarkOnTests() const;
+
+    void runUntilFinished();
+    void tick();
+    void followInputs();
+    void watchScript();
+    [[nodiscard]] bool isWaiting() const;
+    void finish();
     void letQueueFinish();
-    void receiveEvents(const QVLNotification& notification);
-    void showResult() const;
-    [[nodiscard]] std::string reasonOfFailure() const;
+    [[nodiscard]] int result() const;
+    [[nodiscard]] std::string nameOfScript() const;
 
     const Options m_options;
     const std::shared_ptr<Console> m_console;
     const std::shared_ptr<ConsoleLogger> m_logger;
-    std::string m_scriptPath;
-    JSONFile m_inputs;
-    std::optional<JSONFile> m_journals;
+    InputsFile m_inputs;
 
-    // Declared first of what runs, so that it is there before any thread of the engine and after the last.
+    // Declared first of what runs, so that it is there before any other thread and after the last.
     Interruption m_interruption;
-    std::optional<HostDirectory> m_directory;
-    std::shared_ptr<QVLQuorvel> m_engine;
-    std::vector<QVLToken> m_observations;
+    HostEnvironment m_environment;
+    const std::shared_ptr<QVLQuorvel> m_engine;
+    NotificationPrinter m_printer;
+    Commands m_commands;
+    Steps m_steps;
+    CommandFeed m_feed;
 
-    std::vector<ReportedEvent> m_events;
-    bool m_hasAnswer = false;
+    std::chrono::steady_clock::time_point m_startTime;
+    bool m_hasLoadFailed = false;
+    bool m_hasRemarkedOnScript = false;
+    bool m_isStuck = false;
     bool m_isFinished = false;
     int m_signal = 0;
+    // Tells tasks that arrive late that this object is gone.
+    std::shared_ptr<bool> m_life = std::make_shared<bool>(true);
 };
 
 } // namespace host

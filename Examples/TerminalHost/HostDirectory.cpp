@@ -1,13 +1,15 @@
 #include "HostDirectory.h"
 
 #include "HostError.h"
-#include "HostFiles.h"
 
 #include <Quorvel/Quorvel.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <system_error>
+
+#include <unistd.h>
 
 namespace host {
 
@@ -24,10 +26,16 @@ std::string makeTemporaryDirectory() {
 
 } // namespace
 
-HostDirectory::HostDirectory(const std::optional<std::string>& directory)
-    : m_path(directory ? *directory : makeTemporaryDirectory()), m_isTemporary(!directory) {
+HostDirectory::HostDirectory(const std::optional<std::string>& directory, const std::string& subdirectory)
+    : m_path(directory ? *directory : makeTemporaryDirectory()),
+      m_engineDirectory(m_path + subdirectory),
+      m_isTemporary(!directory) {
+    const std::filesystem::path content = std::filesystem::path(m_engineDirectory) / kQVLContentDirectory;
     std::error_code error;
-    std::filesystem::create_directories(std::filesystem::path(m_path) / kQVLContentDirectory, error);
+    std::filesystem::create_directories(content, error);
+    if (!error && access(content.c_str(), W_OK) != 0) {
+        error.assign(errno, std::generic_category());
+    }
     if (error) {
         throw HostError("cannot use the directory '" + m_path + "': " + error.message());
     }
@@ -40,8 +48,10 @@ HostDirectory::~HostDirectory() {
     }
 }
 
-void HostDirectory::setJournals(const std::string& text) const {
-    writeFile((std::filesystem::path(m_path) / kQVLContentDirectory / kQVLJournalsFile).string(), text);
+void HostDirectory::setJournals(const QVLJSONDictionary& journals) const {
+    const std::filesystem::path content = std::filesystem::path(m_engineDirectory) / kQVLContentDirectory;
+    // Replaced whole, so that a host that is killed meanwhile leaves no half of it to the next one.
+    QVLJSONStore::sharedStore()->saveJSONObject(journals, (content / kQVLJournalsFile).string());
 }
 
 } // namespace host

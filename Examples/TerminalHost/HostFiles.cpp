@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <system_error>
 
 #include <unistd.h>
@@ -40,6 +41,26 @@ std::string readFile(const std::string& path, const std::string& what) {
 
 } // namespace
 
+QVLJSONDictionary readJSONFile(const std::string& path, const std::string& what) {
+    const QVLJSONReadResult read = QVLJSONSerialization::JSONObjectWithData(readFile(path, what));
+    if (!read) {
+        fail(path, what, "it is not JSON: " + read.error);
+    }
+    if (!read.value.isDictionary()) {
+        fail(path, what, "it holds a JSON array, not an object");
+    }
+    return read.value.dictionaryOrEmpty();
+}
+
+std::vector<std::string> readLinesOfFile(const std::string& path, const std::string& what) {
+    std::istringstream text(readFile(path, what));
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(text, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
 void checkIsReadable(const std::string& path, const std::string& what) {
     std::error_code error;
     if (std::filesystem::is_directory(path, error)) {
@@ -47,27 +68,6 @@ void checkIsReadable(const std::string& path, const std::string& what) {
     }
     if (access(path.c_str(), R_OK) != 0) {
         fail(path, what, reasonOf(errno));
-    }
-}
-
-JSONFile readJSONFile(const std::string& path, const std::string& what) {
-    JSONFile file{readFile(path, what), {}};
-    const QVLJSONReadResult read = QVLJSONSerialization::JSONObjectWithData(file.text);
-    if (!read) {
-        fail(path, what, "it is not JSON: " + read.error);
-    }
-    if (!read.value.isDictionary()) {
-        fail(path, what, "it holds a JSON array, not an object");
-    }
-    file.object = read.value.dictionaryOrEmpty();
-    return file;
-}
-
-void writeFile(const std::string& path, const std::string& text) {
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file << text;
-    if (!file.flush()) {
-        throw HostError("cannot write '" + path + "'");
     }
 }
 

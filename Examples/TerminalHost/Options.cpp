@@ -34,11 +34,19 @@ Examples:
       keeps journals and outputs in "state" from one run to the next
   TerminalHost -QVLQuorvelOverride.input.deviceCount 5
       what if the user had five devices?
+  TerminalHost --tour --verbose
+      the road of one change, step by step
   TerminalHost --interactive
       stays running; type help for the commands
   TerminalHost --serve scripts --unlock
       fetches scripts/quorvel.js and the scripts of scripts/nightly.json;
       the commands scripts, fetch and pin show and choose them
+  TerminalHost --abtest-host tests.example.com --abtest 7d1c --auth secret
+      an account's engine that takes part in an A/B test
+
+The built-in script comes before any that is fetched, until "pin VERSION"
+chooses another one. An account's engine runs no script, not even the built-in
+one, unless a remote one is named.
 
 Ends with 0 when the script answered, 1 when it failed, 2 for wrong options or
 files, and 128 plus the number of the signal that ended it.)";
@@ -60,6 +68,20 @@ std::vector<std::string> ownArguments(int count, const char* const* arguments) {
 void checkIsGiven(const std::string& text, const std::string& option) {
     if (text.empty()) {
         throw HostError(option + ": the value is missing");
+    }
+}
+
+void checkAreGiven(const Options& options) {
+    checkIsGiven(options.directory.value_or("none"), "--directory");
+    checkIsGiven(options.testHost.value_or("none"), "--abtest-host");
+    if (options.testHost && options.testHost->find_first_of(":/") != std::string::npos) {
+        throw HostError("--abtest-host: a host's name is needed, without scheme, port and path");
+    }
+    for (const std::string& event : options.events) {
+        checkIsGiven(event, "--event");
+    }
+    for (const std::string& test : options.tests) {
+        checkIsGiven(test, "--abtest");
     }
 }
 
@@ -96,12 +118,7 @@ std::string textOrThrow(const CLI::App& app, const CLI::ParseError& error) {
     throw HostError(text + " (--help explains)");
 }
 
-/// Declares all options; the flags arrive as the user wrote them.
-void declare(CLI::App& app, Options& options, std::vector<std::string>& flags) {
-    app.footer(kFooter);
-    app.get_formatter()->column_width(24);
-    app.set_help_flag("--help", "show this text");
-    app.set_version_flag("--version", std::string("Quorvel ") + QuorvelVersionString, "show the library's version");
+void declareRun(CLI::App& app, Options& options, std::vector<std::string>& flags) {
     app.add_option("--script", options.scriptPath, "rules script; the library's own if not given")->option_text("FILE");
     app.add_option("--inputs", options.inputsPath, "JSON object of inputs; sample data if not given")
         ->option_text("FILE");
@@ -115,6 +132,11 @@ void declare(CLI::App& app, Options& options, std::vector<std::string>& flags) {
     app.add_option("--flag", flags, "set a flag before the run; may be repeated")
         ->option_text("KEY[=yes|no]")
         ->allow_extra_args(false);
+    app.add_flag("--tour", options.isTour, "then obey some sample commands, showing each");
+    app.add_flag("--verbose", options.isVerbose, "show debug lines of the log too");
+}
+
+void declareStaying(CLI::App& app, Options& options) {
     app.add_flag("--interactive", options.isInteractive, "stay running, obey commands, follow the inputs file");
     app.add_flag("--account", options.hasAccount, "an account's engine; interactive");
     app.add_flag("--unlock", options.isUnlocked, "copy the developer key, for nightly scripts; interactive");
@@ -122,12 +144,40 @@ void declare(CLI::App& app, Options& options, std::vector<std::string>& flags) {
         ->option_text("URL");
     app.add_option("--nightly-feed", options.nightlyFeed, "where the nightly feed is fetched from; interactive")
         ->option_text("URL");
-    app.add_option("--serve", options.servedDirectory, "serve its quorvel.js and nightly.json; implies --account")
-        ->option_text("DIR");
+    CLI::Option* const serve =
+        app.add_option("--serve", options.servedDirectory, "serve its quorvel.js and nightly.json; implies --account")
+            ->option_text("DIR");
     app.add_option("--port", options.port, "port for --serve; any free one if not given")
         ->option_text("N")
-        ->check(CLI::Range(0, 65535));
-    app.add_flag("--verbose", options.isVerbose, "show debug lines of the log too");
+        ->check(CLI::Range(0, 65535))
+        ->needs(serve);
+}
+
+void declareTests(CLI::App& app, Options& options) {
+    CLI::Option* const testHost =
+        app.add_option("--abtest-host", options.testHost, "service of A/B tests, over HTTPS; implies --account")
+            ->option_text("HOST");
+    app.add_option("--abtest", options.tests, "take part in this A/B test; may be repeated")
+        ->option_text("ID")
+        ->allow_extra_args(false)
+        ->needs(testHost);
+    app.add_option("--auth", options.authToken, "the account's token for the service")
+        ->option_text("TOKEN")
+        ->needs(testHost);
+    app.add_option("--user-agent", options.userAgent, "the account's user agent for the service")
+        ->option_text("TEXT")
+        ->needs(testHost);
+}
+
+/// Declares all options; the flags arrive as the user wrote them.
+void declare(CLI::App& app, Options& options, std::vector<std::string>& flags) {
+    app.footer(kFooter);
+    app.get_formatter()->column_width(24);
+    app.set_help_flag("--help", "show this text");
+    app.set_version_flag("--version", std::string("Quorvel ") + QuorvelVersionString, "show the library's version");
+    declareRun(app, options, flags);
+    declareStaying(app, options);
+    declareTests(app, options);
 }
 
 } // namespace
@@ -143,14 +193,11 @@ Options Options::fromArguments(int count, const char* const* arguments) {
         options.textToShow = textOrThrow(app, error);
         return options;
     }
-    checkIsGiven(options.directory.value_or("none"), "--directory");
-    for (const std::string& event : options.events) {
-        checkIsGiven(event, "--event");
-    }
+    checkAreGiven(options);
     for (const std::string& flag : flags) {
         options.flags.push_back(flagFrom(flag));
     }
-    options.hasAccount = options.hasAccount || options.servedDirectory;
+    options.hasAccount = options.hasAccount || options.servedDirectory || options.testHost;
     options.isInteractive = options.isInteractive || options.hasAccount || options.isUnlocked || options.remoteScript ||
                             options.nightlyFeed;
     if (app.count("--inputs") == 0) {

@@ -27,6 +27,8 @@ struct Options {
     std::vector<std::string> events;
     std::vector<Flag> flags;
     bool isVerbose = false;
+    /// Obeys the commands of the sample data.
+    bool isTour = false;
 
     /// Stays running and obeys commands. The options below imply it.
     bool isInteractive = false;
@@ -39,6 +41,11 @@ struct Options {
     std::optional<std::string> servedDirectory;
     /// 0 for any free one.
     int port = 0;
+    /// The service of A/B tests and the tests to take part in, with the account's credentials.
+    std::optional<std::string> testHost;
+    std::vector<std::string> tests;
+    std::optional<std::string> authToken;
+    std::optional<std::string> userAgent;
 
     /// Set when the user asked for nothing but a text, such as the help.
     std::optional<std::string> textToShow;

@@ -6,6 +6,8 @@
 #include <array>
 #include <chrono>
 #include <iterator>
+#include <string_view>
+#include <utility>
 
 namespace host {
 
@@ -36,8 +38,8 @@ EventRow widestOf(const std::vector<EventRow>& rows) {
     return widest;
 }
 
-void putRow(Page& page, const EventRow& row, const EventRow& widest) {
-    std::size_t position = kIndent;
+void putRow(Page& page, const EventRow& row, const EventRow& widest, std::size_t indent) {
+    std::size_t position = indent;
     for (std::size_t column = 0; column < row.size(); ++column) {
         if (widest[column].empty()) {
             continue;
@@ -88,36 +90,6 @@ void putTimeToNextTrigger(Page& page, const QVLJSONValue& seconds) {
     }
 }
 
-} // namespace
-
-void printSources(Console& console, const std::vector<Source>& sources) {
-    std::size_t widest = 0;
-    for (const Source& source : sources) {
-        widest = std::max(widest, Page::widthOf(source.name));
-    }
-    Page page = console.makePage();
-    for (const Source& source : sources) {
-        page.padTo(kIndent).put(source.name, Style::Label).padTo(kIndent + widest + kGap).put(source.text).endLine();
-    }
-    console.print("Run", page);
-}
-
-void printEvents(Console& console, const std::vector<ReportedEvent>& events) {
-    std::vector<EventRow> rows(events.size());
-    std::transform(events.begin(), events.end(), rows.begin(), rowOf);
-    const EventRow widest = widestOf(rows);
-    Page page = console.makePage();
-    for (std::size_t index = 0; index < events.size(); ++index) {
-        putRow(page, rows[index], widest);
-        putMembersInLine(page, events[index].event->dimensions().value_or(QVLJSONDictionary()));
-        page.endLine();
-    }
-    if (events.empty()) {
-        page.padTo(kIndent).put("none", Style::Quiet).endLine();
-    }
-    console.print("Analytics events", page);
-}
-
 void printBookkeeping(Console& console, const QVLJSONDictionary& answer) {
     std::vector<QVLJSONDictionary::Entry> entries;
     std::copy_if(answer.begin(), answer.end(), std::back_inserter(entries), isBookkeeping);
@@ -127,16 +99,139 @@ void printBookkeeping(Console& console, const QVLJSONDictionary& answer) {
     console.print("Bookkeeping", page);
 }
 
+void putNames(Page& page, const std::vector<std::string>& names, std::size_t indent) {
+    page.padTo(indent);
+    for (const std::string& name : names) {
+        const std::string text = name + (&name == &names.back() ? "" : ", ");
+        if (!page.hasRoomFor(Page::widthOf(text)) && page.column() > indent) {
+            page.endLine().padTo(indent);
+        }
+        page.put(text, Style::Quiet);
+    }
+    page.endLine();
+}
+
+/// What a status event means for whoever wrote the script.
+std::string_view meaningOfStatus(std::string_view status) {
+    static constexpr std::array<std::pair<std::string_view, std::string_view>, 6> kMeanings = {{
+        {kQVLEventLoadStatusNotFound, "it cannot be read"},
+        {kQVLEventLoadStatusNotInstalled, "it throws, or leaves no quorvel.process"},
+        {kQVLEventLoadStatusNotSupported, "it does not support this version of the application"},
+        {kQVLEventLoadStatusBadResponse, "it throws, or does not answer with the text of a JSON object"},
+        {kQVLEventLoadStatusRuntimeError, "it answers with an error"},
+        {kQVLEventRunStatusSomeErrors, "some of its rules failed"},
+    }};
+    for (const auto& [known, meaning] : kMeanings) {
+        if (known == status) {
+            return meaning;
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+std::string countOf(std::size_t count, const std::string& what) {
+    return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
+}
+
+std::string textOfJournals(const QVLJournals& journals) {
+    return countOf(journals.allEventKeys().size(), "event") + " and " + countOf(journals.allFlagKeys().size(), "flag");
+}
+
+// Outputs are read one by one, as hosts read them: overrides count, and so does the switch that hides all outputs.
+QVLJSONDictionary visibleOutputs(const QVLQuorvel& engine) {
+    std::vector<QVLJSONDictionary::Entry> entries;
+    for (const std::string& key : engine.outputKeys()) {
+        if (const std::shared_ptr<QVLOutput> output = engine.outputForKey(key)) {
+            entries.push_back({key, output->genericValue()});
+        }
+    }
+    return QVLJSONDictionary(std::move(entries));
+}
+
+void putChangedOutputs(Page& page, const QVLQuorvel& engine, const std::vector<std::string>& keys, std::size_t indent) {
+    std::vector<QVLJSONDictionary::Entry> present;
+    std::vector<std::string> bookkeeping;
+    std::vector<std::string> removed;
+    for (const std::string& key : keys) {
+        const std::shared_ptr<QVLOutput> output = engine.outputForKey(key);
+        if (!output) {
+            removed.push_back(key);
+        } else if (key.starts_with('%')) {
+            bookkeeping.push_back(key);
+        } else {
+            present.push_back({key, output->genericValue()});
+        }
+    }
+    putMembers(page, QVLJSONDictionary(std::move(present)), indent);
+    for (const std::string& key : removed) {
+        page.padTo(indent).put("- " + key + " (removed)", Style::Quiet).endLine();
+    }
+    if (!bookkeeping.empty()) {
+        putNames(page, bookkeeping, indent);
+    }
+}
+
+void putEvents(Page& page, const std::vector<ReportedEvent>& events, std::size_t indent) {
+    std::vector<EventRow> rows(events.size());
+    std::transform(events.begin(), events.end(), rows.begin(), rowOf);
+    const EventRow widest = widestOf(rows);
+    for (std::size_t index = 0; index < events.size(); ++index) {
+        putRow(page, rows[index], widest, indent);
+        putMembersInLine(page, events[index].event->dimensions().value_or(QVLJSONDictionary()));
+        page.endLine();
+    }
+    if (events.empty()) {
+        page.padTo(indent).put("none", Style::Quiet).endLine();
+    }
+}
+
+void printSources(Console& console, const std::string& section, const std::vector<Source>& sources) {
+    std::size_t widest = 0;
+    for (const Source& source : sources) {
+        widest = std::max(widest, Page::widthOf(source.name));
+    }
+    Page page = console.makePage();
+    for (const Source& source : sources) {
+        page.padTo(kIndent).put(source.name, Style::Label).padTo(kIndent + widest + kGap).put(source.text).endLine();
+    }
+    console.print(section, page);
+}
+
 void printOutputs(Console& console, const QVLJSONDictionary& outputs) {
     Page page = console.makePage();
     putMembersOrNone(page, outputs);
     console.print("Outputs", page);
 }
 
-void printRemark(Console& console, const std::string& text) {
+void printRemark(Console& console, const std::string& section, const std::string& text) {
     Page page = console.makePage();
     page.padTo(kIndent).put(text, Style::Quiet).endLine();
-    console.print("Log", page);
+    console.print(section, page);
+}
+
+void printReport(Console& console, const QVLQuorvel& engine, std::vector<ReportedEvent> events) {
+    for (const auto& event : engine.analyticsEventsWithExtraDimensions()) {
+        events.push_back({"dimensions", event});
+    }
+    Page page = console.makePage();
+    putEvents(page, events, kIndent);
+    console.print("Analytics events", page);
+    if (engine.lastRunDate()) {
+        printBookkeeping(console, engine.outputs());
+        printOutputs(console, visibleOutputs(engine));
+    }
+}
+
+std::string reasonOfFailure(const QVLQuorvel& engine, const std::vector<ReportedEvent>& events) {
+    for (const ReportedEvent& reported : events) {
+        // The first status tells most: that a script is not supported may follow from a bad answer.
+        if (reported.kind == "status") {
+            return std::string(meaningOfStatus(reported.event->action().value_or("")));
+        }
+    }
+    return engine.lastRunDate() ? "" : "the log says why";
 }
 
 } // namespace host
