@@ -208,6 +208,23 @@ public:
     /// The engine's directory, made when missing; empty for an engine without a directory.
     [[nodiscard]] std::string quorvelDirectoryPath() const;
 
+    /// Writes the debug page: a web page that runs the loaded script in a browser on the inputs with overrides and the
+    /// journals of now, where both can be edited. All engines share the one file at `debugHTMLPath`, which is replaced
+    /// whole. Main thread.
+    ///
+    /// Returns the file's path. No value when no script file is loaded: an earlier page is then deleted, without a log
+    /// line. No value, after one error line, when the library's template is missing or is no UTF-8 text or when the
+    /// page cannot be written: an earlier page then stays.
+    [[nodiscard]] std::optional<std::string> generateDebugHTML() const;
+    /// Where `generateDebugHTML` writes; no value when the environment has no directory. Any thread.
+    [[nodiscard]] std::optional<std::string> debugHTMLPath() const;
+    /// Logs inputs, journals and script outputs, in this order and with overrides, each as `logJSONObject` does under a
+    /// description in the host's language. A/B outputs are left out. Main thread.
+    void logData() const;
+    /// Logs a dictionary or array as indented JSON text under the description, in one info line. What is not valid JSON
+    /// becomes one error line instead. Any thread.
+    void logJSONObject(const QVLJSONValue& object, const std::string& description) const;
+
     /// Called by the collections and the journals.
     void collection(QVLPropertyCollection& collection, const std::vector<std::string>& objectsDidChange) override;
     void journalsDidChange(QVLJournals& journals) override;
@@ -239,6 +256,8 @@ private:
     [[nodiscard]] std::shared_ptr<QVLJournals> loadJournals() const;
     void saveOutputsCache(const QVLJSONDictionary& outputs) const;
     void saveJournals() const;
+    void removeDebugHTML() const;
+    [[nodiscard]] std::optional<std::string> loadDebugTemplate() const;
 
     void observeManagers();
     void scheduleEvaluateRules();
