@@ -64,6 +64,8 @@ std::span<const Commands::Command> Commands::all() {
         {"pin", "VERSION", "run this script and no other", &Commands::pin},
         {"unpin", "", "run the script that comes first again", &Commands::unpin},
         {"fetch", "", "fetch the remote scripts now", &Commands::fetch},
+        {"debug-page", "", "write the debug page", &Commands::writeDebugPage},
+        {"log-data", "", "log inputs, journals and outputs", &Commands::logData},
         {"help", "", "show this list", &Commands::showHelp},
         {"quit", "", "end", &Commands::quit},
     });
@@ -162,6 +164,16 @@ std::shared_ptr<QVLScriptManager> Commands::scriptManager() const {
         printRemark(*m_console, "Host", "with --script there is only that script");
     }
     return m_engine->scriptManager();
+}
+
+void Commands::writeDebugPage(const std::string& /*arguments*/) {
+    const std::optional<std::string> path = m_engine->generateDebugHTML();
+    printRemark(*m_console, "Host",
+                path ? shortPath(*path) : "no debug page: no script is loaded, or the log says why");
+}
+
+void Commands::logData(const std::string& /*arguments*/) {
+    m_engine->logData();
 }
 
 void Commands::showHelp(const std::string& /*arguments*/) {

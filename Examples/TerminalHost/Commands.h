@@ -47,6 +47,8 @@ private:
     void pin(const std::string& arguments);
     void unpin(const std::string& arguments);
     void fetch(const std::string& arguments);
+    void writeDebugPage(const std::string& arguments);
+    void logData(const std::string& arguments);
     /// Null, after a remark, for an engine that knows but one script.
     [[nodiscard]] std::shared_ptr<QVLScriptManager> scriptManager() const;
 
