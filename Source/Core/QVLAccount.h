@@ -12,6 +12,15 @@ class QVL_EXPORT QVLAccount final : public QVLObject {
 public:
     [[nodiscard]] static std::shared_ptr<QVLAccount> init() { return std::make_shared<QVLAccount>(); }
 
+    /// Another account with the same values.
+    [[nodiscard]] std::shared_ptr<QVLAccount> copy() const {
+        auto account = init();
+        account->m_accountDirectory = m_accountDirectory;
+        account->m_userAgent = m_userAgent;
+        account->m_userAuthToken = m_userAuthToken;
+        return account;
+    }
+
     /// Directory of the account's data; the engine keeps its files in the subdirectory "quorvel", which it makes.
     [[nodiscard]] const std::string& accountDirectory() const { return m_accountDirectory; }
     void setAccountDirectory(std::string directory) { m_accountDirectory = std::move(directory); }

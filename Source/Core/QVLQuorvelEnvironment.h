@@ -59,11 +59,12 @@ public:
     [[nodiscard]] std::optional<QVLURL> nightlyFeedURL() const;
     void setNightlyFeedURL(std::optional<QVLURL> url);
 
-    /// The A/B tests to take part in.
+    /// The A/B tests to take part in. A guid that is no UTF-8 text is logged and left out.
     [[nodiscard]] std::vector<std::string> abtestGuids() const;
     void setAbtestGuids(std::vector<std::string> guids);
 
-    /// Host name of the A/B test service; no value for none.
+    /// Host name of the A/B test service, bare: "abtest.example", without a scheme, a port or a path; no value for
+    /// none. Anything else is logged when an account's engine is made, and cannot be reached.
     [[nodiscard]] std::optional<std::string> abtestHost() const;
     void setAbtestHost(std::optional<std::string> host);
 

@@ -29,6 +29,9 @@ struct QVLHTTPRequest {
     /// How long the server may keep silent: while connecting, and later between two pieces of the answer. Counts in
     /// whole seconds once connected.
     QVLTimeInterval timeout{60};
+    /// Whether an answer that redirects is followed; else it is the answer. The headers go along to any host, so a
+    /// request with credentials had better not be.
+    bool followsRedirects = true;
     /// The answer fails as soon as its body, as the caller would get it, grows larger than this many bytes.
     std::size_t responseBodyLimit = std::size_t{64} * 1024 * 1024;
 };
@@ -87,7 +90,7 @@ struct QVLHTTPReply {
 /// Sends HTTP requests and collects the answers.
 ///
 /// Main thread. Nothing waits for the network: not a request, nor cancelling one, nor destroying the session. Requests
-/// are sent side by side. Up to 20 redirects are followed, from https to https only; the request's headers go along.
+/// are sent side by side. Up to 20 redirects are followed, from https to https only, if the request allows it.
 /// There is no cache and there are no cookies.
 class QVLHTTPSession {
 public:

@@ -51,8 +51,11 @@ void RecordingLogger::add(QVLLogLevel level, const char* file, std::int32_t line
                   object ? object->className() : "(null)",
                   object ? object->description() : "(null)",
                   message};
-    const std::lock_guard lock(m_mutex);
-    m_lines.push_back(std::move(recorded));
+    {
+        const std::lock_guard lock(m_mutex);
+        m_lines.push_back(std::move(recorded));
+    }
+    whenLogging();
 }
 
 RecordedLog::RecordedLog() : m_previous(QVLQuorvelEnvironment::sharedEnvironment()->logger()) {

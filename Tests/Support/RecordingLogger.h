@@ -3,6 +3,7 @@
 #include "QVLLogging.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -22,6 +23,9 @@ public:
         std::string objectDescription;
         std::string message;
     };
+
+    /// What a host's logger does besides, at every line. Set while no other thread logs.
+    std::function<void()> whenLogging = [] {};
 
     [[nodiscard]] std::vector<Line> lines() const;
     /// The lines so far as texts, "error QVLJSONStore: Deleting item at path: '/a'", and forgets them. A line without

@@ -1,10 +1,12 @@
 #include "QVLABTestManager.h"
 
 #include "QVLAccount.h"
+#include "QVLLogMacros.h"
 #include "QVLNotificationCenter.h"
 #include "QVLPlatform.h"
 #include "QVLQuorvelEnvironment.h"
 #include "QVLReachability.h"
+#include "QVLUTF8.h"
 
 #include <chrono>
 #include <utility>
@@ -31,13 +33,13 @@ constexpr QVLTimeInterval kCheckIntervalWithoutParticipant = std::chrono::hours(
 }
 
 [[nodiscard]] std::shared_ptr<QVLAccount> copyOf(const std::shared_ptr<QVLAccount>& account) {
-    auto copy = QVLAccount::init();
-    if (account) {
-        copy->setAccountDirectory(account->accountDirectory());
-        copy->setUserAgent(account->userAgent());
-        copy->setUserAuthToken(account->userAuthToken());
-    }
-    return copy;
+    return account ? account->copy() : QVLAccount::init();
+}
+
+/// Whether it is a host's name and no more, so that an address made with it leads there.
+[[nodiscard]] bool isBareHostName(const std::string& text) {
+    const std::optional<QVLURL> url = QVLURL::fromString("https://" + text + "/");
+    return url && url->host() == text;
 }
 
 } // namespace
@@ -73,7 +75,17 @@ void QVLABTestManager::setAccount(const std::shared_ptr<QVLAccount>& account) {
 }
 
 void QVLABTestManager::registerABTests(const std::vector<std::string>& testGuids) {
-    m_testGuids = std::set(testGuids.begin(), testGuids.end());
+    const auto self = shared_from_this();
+    std::set<std::string> guids;
+    for (const std::string& guid : testGuids) {
+        if (qvl::isValidUTF8(guid)) {
+            guids.insert(guid);
+        } else {
+            // One such name would make the whole cache unwritable.
+            QVL_LOG_ERROR(this, "ABTest: guid of a test is no UTF-8 text: %@", guid);
+        }
+    }
+    m_testGuids = std::move(guids);
     TestResults registered;
     for (const std::string& guid : m_testGuids) {
         const auto known = m_testResults.find(guid);
@@ -85,6 +97,7 @@ void QVLABTestManager::registerABTests(const std::vector<std::string>& testGuids
 }
 
 void QVLABTestManager::participateIfNeeded() {
+    const auto self = shared_from_this();
     if (!isHostReachable()) {
         return;
     }
@@ -131,13 +144,18 @@ void QVLABTestManager::stopTimer() {
 }
 
 void QVLABTestManager::timerFired() {
+    const auto self = shared_from_this();
     participateIfNeeded();
     checkWinGroupIfNeeded();
 }
 
 void QVLABTestManager::setupReachability() {
+    const auto self = shared_from_this();
     tearDownReachability();
     const std::optional<std::string> host = m_environment->abtestHost();
+    if (host && !isBareHostName(*host)) {
+        QVL_LOG_ERROR(this, "ABTest: not a bare host name: %@", host);
+    }
     m_reachability = host ? QVLReachability::reachabilityWithHostName(*host) : nullptr;
     if (!m_reachability) {
         return;
@@ -145,14 +163,15 @@ void QVLABTestManager::setupReachability() {
     m_reachabilityObservation = QVLNotificationCenter::defaultCenter().addObserver(
         kQVLReachabilityChangedNotification, m_reachability,
         [weakSelf = weak_from_this()](const QVLNotification& notification) {
-            if (const auto self = weakSelf.lock()) {
-                self->reachabilityChanged(notification);
+            if (const auto living = weakSelf.lock()) {
+                living->reachabilityChanged(notification);
             }
         });
     m_reachability->startNotifier();
 }
 
 void QVLABTestManager::reachabilityChanged(const QVLNotification& /*notification*/) {
+    const auto self = shared_from_this();
     // Other way round than the timer, on purpose.
     checkWinGroupIfNeeded();
     participateIfNeeded();

@@ -47,15 +47,17 @@ inline constexpr int QVLABTestErrorInvalidJSON = 3;
 ///
 /// Asks the service over HTTPS which group the user is in, asks again as often as the service wants until a test is
 /// decided or invalid, remembers the answers, and announces every change. It asks when the network's state changes and
-/// once an hour, and never while the service's host cannot be reached. A request that fails in any way counts as an
-/// answer without a participant: the test is asked about again after an hour.
+/// once an hour, never while the service's host cannot be reached, and about a test never again before the reply about
+/// it has arrived. A request that fails in any way, a redirect included, counts as an answer without a participant: the
+/// test is asked about again after an hour.
 ///
 /// Thread: main, for every operation, notification and completion.
 ///
 /// Owner: the account's engine, which calls `tearDown` when it goes away. Dropping the manager ends its requests.
 ///
 /// On disk: "ABTestResultsCache.json" in the subdirectory "quorvel" of the account's directory, one JSON object from
-/// test guid to result, rewritten whole at every change and holding the registered tests only.
+/// test guid to result, rewritten whole at every change and holding the registered tests only. Without a directory
+/// nothing is kept, and each attempt logged.
 class QVL_EXPORT QVLABTestManager final : public QVLObject, public std::enable_shared_from_this<QVLABTestManager> {
 public:
     /// Results by test guid.
@@ -87,8 +89,9 @@ public:
     [[nodiscard]] const TestResults& testResults() const { return m_testResults; }
     void setTestResults(TestResults testResults) { m_testResults = std::move(testResults); }
 
-    /// Takes part in these tests and no others: known ones keep their results, new ones start unknown. Starts the
-    /// timer, or stops it when there are none. Neither saves nor posts.
+    /// Takes part in these tests and no others: known ones keep their results, new ones start unknown. A guid that is
+    /// no UTF-8 text is left out, after one error line. Starts the timer, or stops it when there are none. Neither
+    /// saves nor posts.
     void registerABTests(const std::vector<std::string>& testGuids);
 
     // --- Periodic passes -------------------------------------------------------------------------------------------
@@ -113,7 +116,7 @@ public:
     // --- Network ---------------------------------------------------------------------------------------------------
 
     /// Watches the environment's A/B host, in place of what was watched before; without a host the network counts as
-    /// there.
+    /// there. A host that is no bare host name is watched all the same, after one error line.
     void setupReachability();
     /// Makes the passes in the timer's reverse order.
     void reachabilityChanged(const QVLNotification& notification);
@@ -124,14 +127,15 @@ public:
     void setReachability(std::shared_ptr<QVLReachability> reachability);
 
     /// Asks the service about one test. The result changes when the reply arrives; a change is saved and posted.
-    /// Without a host that makes a URL nothing is sent, after one error line.
+    /// Does nothing while a request about a test of this guid is under way, so that an old answer never replaces a
+    /// newer one. Without a host that makes a URL nothing is sent, after one error line.
     void participate(const std::shared_ptr<QVLABTestResult>& result);
 
     /// Saves the results and, if asked to, posts "kQVLABTestManagerParticipatedNotification".
     void didUpdateTestResult(const std::string& testGuid, bool postNotification);
 
-    /// The request for participation in a test, with the account's credentials. It has no content type, which is what
-    /// the service expects. A body that cannot be written as JSON is left out.
+    /// The request for participation in a test, with the account's credentials, which no redirect may carry elsewhere.
+    /// It has no content type, which is what the service expects. A body that cannot be written as JSON is left out.
     [[nodiscard]] QVLHTTPRequest generateABTestRequestWithURL(const QVLURL& url,
                                                               const std::optional<std::string>& guid) const;
 
@@ -145,7 +149,8 @@ public:
     // --- Cache -----------------------------------------------------------------------------------------------------
 
     /// The cache's directory, made when missing with its parents; a file in its place is removed. Trouble with either
-    /// is logged, and the path is answered all the same.
+    /// is logged, and the path is answered all the same. Empty, like the file's path, when the account has no
+    /// directory.
     [[nodiscard]] std::string directoryPath() const;
     [[nodiscard]] std::string cacheFilePath() const;
     /// Writes all results; failures are logged.
@@ -171,6 +176,8 @@ private:
     QVLToken m_reachabilityObservation;
     QVLToken m_timer;
     std::shared_ptr<QVLHTTPSession> m_urlSession;
+    /// The guids of the tests that a request for participation is under way for.
+    std::set<std::string> m_testsBeingAsked;
     /// Requests under way, by the order of sending.
     std::map<std::uint64_t, QVLToken> m_requests;
     std::uint64_t m_nextRequest = 0;

@@ -10,6 +10,10 @@
 #include <vector>
 
 std::string QVLABTestManager::directoryPath() const {
+    if (m_account->accountDirectory().empty()) {
+        return {};
+    }
+    const auto self = shared_from_this();
     const std::string path = m_account->accountDirectory() + "/" + kQVLABTestDirectory;
     QVLFileManager& fileManager = *m_platform->fileManager;
     const QVLFileManager::ItemKind kind = fileManager.itemKindAtPath(path);
@@ -28,7 +32,9 @@ std::string QVLABTestManager::directoryPath() const {
 }
 
 std::string QVLABTestManager::cacheFilePath() const {
-    return directoryPath() + "/" + kQVLABTestCacheFile;
+    const std::string directory = directoryPath();
+    // A manager without a directory keeps no file, rather than one at the file system's root.
+    return directory.empty() ? std::string() : directory + "/" + kQVLABTestCacheFile;
 }
 
 void QVLABTestManager::saveTestResults() const {
@@ -42,6 +48,7 @@ void QVLABTestManager::saveTestResults() const {
 }
 
 void QVLABTestManager::readTestResults() {
+    const auto self = shared_from_this();
     TestResults results;
     const QVLJSONValue document = QVLJSONStore::sharedStore()->loadJSONFromFileAtPath(cacheFilePath());
     for (const auto& [key, value] : document.dictionaryOrEmpty()) {

@@ -18,8 +18,9 @@ namespace {
 
 constexpr const char* kParticipatePath = "/third/abtest/api/participate/experiment";
 constexpr QVLTimeInterval kRequestTimeout = std::chrono::seconds(60);
-/// An answer is read on the main thread, which must not stand still for it.
-constexpr std::size_t kLongestReply = std::size_t{4} * 1024 * 1024;
+/// A group is small. An answer is read on the main thread, which must not stand still for it, and is part of every
+/// cache that is saved from then on.
+constexpr std::size_t kLongestReply = std::size_t{256} * 1024;
 /// What the service calls this kind of client.
 constexpr int kClient = 3;
 
@@ -55,16 +56,21 @@ struct Delivery {
 } // namespace
 
 void QVLABTestManager::participate(const std::shared_ptr<QVLABTestResult>& result) {
+    if (m_testsBeingAsked.contains(result->testGuid())) {
+        return;
+    }
     const std::optional<std::string> host = m_environment->abtestHost();
     const std::optional<QVLURL> url = host ? QVLURL::fromString("https://" + *host + kParticipatePath) : std::nullopt;
     if (!url) {
         QVL_LOG_ERROR(this, "ABTest: no service to ask about test: %@, host: %@", result->testGuid(), host);
         return;
     }
+    m_testsBeingAsked.insert(result->testGuid());
     request(generateABTestRequestWithURL(*url, result->testGuid()),
             [weakSelf = weak_from_this(), result](std::int64_t code, const std::optional<QVLJSONDictionary>& data,
                                                   const std::optional<QVLError>& /*error*/) {
                 if (const auto self = weakSelf.lock()) {
+                    self->m_testsBeingAsked.erase(result->testGuid());
                     self->applyReply(*result, code, data);
                 }
             });
@@ -87,10 +93,11 @@ void QVLABTestManager::applyReply(QVLABTestResult& result, std::int64_t code,
 }
 
 void QVLABTestManager::didUpdateTestResult(const std::string& /*testGuid*/, bool postNotification) {
+    const auto self = shared_from_this();
     saveTestResults();
     if (postNotification) {
         QVLNotificationCenter::defaultCenter().post({.name = kQVLABTestManagerParticipatedNotification,
-                                                     .sender = shared_from_this(),
+                                                     .sender = self,
                                                      .userInfo = {m_testResults.begin(), m_testResults.end()}});
     }
 }
@@ -114,6 +121,8 @@ QVLHTTPRequest QVLABTestManager::generateABTestRequestWithURL(const QVLURL& url,
         request.body = body.text;
     }
     request.timeout = kRequestTimeout;
+    // The credentials are this service's alone.
+    request.followsRedirects = false;
     request.responseBodyLimit = kLongestReply;
     return request;
 }

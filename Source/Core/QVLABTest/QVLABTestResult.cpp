@@ -3,6 +3,7 @@
 #include "QVLPlatform.h"
 
 #include <chrono>
+#include <cmath>
 #include <utility>
 #include <vector>
 
@@ -16,6 +17,12 @@ constexpr const char* kWinGroup = "winGroup";
 
 [[nodiscard]] bool isNothingOrDictionary(const QVLJSONValue& value) {
     return value.isNothing() || value.isDictionary();
+}
+
+/// Never, for a number that is no count of seconds; as the latest time of all it would put the test off for ever.
+[[nodiscard]] std::int64_t checkTime(const QVLJSONValue& value) {
+    constexpr double kPastLast = 0x1p63;
+    return std::abs(value.doubleValue()) < kPastLast ? value.qvl_castToIntegerValue() : 0;
 }
 
 } // namespace
@@ -71,7 +78,7 @@ void QVLABTestResult::readMembers(const QVLJSONDictionary& members) {
         return;
     }
     m_status = static_cast<QVLABTestStatus>(status.unsignedValue());
-    m_lastCheckTime = lastCheckTime.qvl_castToIntegerValue();
+    m_lastCheckTime = checkTime(lastCheckTime);
 }
 
 bool QVLABTestResult::onParticipant(std::shared_ptr<QVLABTestParticipant> participant) {

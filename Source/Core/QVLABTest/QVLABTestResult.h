@@ -30,7 +30,7 @@ public:
 
     /// The result that one value of the cache file describes, or null, silently, when it has no "testGuid" of text.
     /// Anything else that does not fit gives a test that was never asked about: a member of a wrong type, an unknown
-    /// status, status 1 without a participant, status 2 without a winning group.
+    /// status, status 1 without a participant, status 2 without a winning group. A check time beyond 64 bits is 0.
     [[nodiscard]] static std::shared_ptr<QVLABTestResult> resultWithJSON(const QVLJSONValue& JSON);
 
     /// Takes over an answer of the service, null for none: participating with it, unknown without it, and checked now.

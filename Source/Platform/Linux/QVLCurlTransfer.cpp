@@ -112,7 +112,7 @@ void QVLCurlTransfer::setConnection(const QVLCurlOptions& options) {
     // What comes over a secure connection is run as a script, so a redirect must not lead to one that anybody can
     // change.
     set(CURLOPT_REDIR_PROTOCOLS_STR, m_request.url.scheme() == "https" ? "https" : "http,https");
-    set(CURLOPT_FOLLOWLOCATION, 1L);
+    set(CURLOPT_FOLLOWLOCATION, m_request.followsRedirects ? 1L : 0L);
     set(CURLOPT_MAXREDIRS, kLongestRedirection);
     // Signals belong to the host.
     set(CURLOPT_NOSIGNAL, 1L);

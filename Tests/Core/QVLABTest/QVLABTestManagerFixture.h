@@ -7,8 +7,6 @@
 #include "QVLQuorvelEnvironment.h"
 #include "QVLReachability.h"
 #include "RecordingLogger.h"
-#include "ScriptedHTTPSession.h"
-#include "ScriptedReachability.h"
 #include "TemporaryDirectory.h"
 #include "TestPlatform.h"
 
@@ -22,6 +20,10 @@
 #include <string>
 #include <vector>
 
+inline QVLJSONValue JSONFromText(std::string_view text) {
+    return QVLJSONSerialization::JSONObjectWithData(text, QVLJSONSerialization::Reading::Fragments).value;
+}
+
 /// A manager on the stepped platform, with a scripted service and network, in an account directory of its own.
 class QVLABTestManagerFixture : public testing::Test {
 protected:
@@ -30,13 +32,10 @@ protected:
     static constexpr std::int64_t kNow = 1'700'000'000;
 
     void SetUp() override {
-        platform.runLoop->setNow(QVLDate(std::chrono::seconds(kNow)));
+        // Late in a second, of which check times have no more than the second.
+        platform.runLoop->setNow(QVLDate(std::chrono::seconds(kNow) + std::chrono::milliseconds(999)));
+        platform.reachability.initialFlags = kQVLReachabilityFlagsReachable;
         platform.install();
-        QVLPlatform services = *QVLPlatform::current();
-        services.makeHTTPSession = [this] { return session; };
-        services.makeReachabilityTarget = network.maker();
-        network.initialFlags = kQVLReachabilityFlagsReachable;
-        QVLPlatform::install(std::make_shared<const QVLPlatform>(std::move(services)));
         environment->setAbtestHost("abtest.example");
         environment->setAbtestGuids({"t"});
         account->setAccountDirectory(directory.path());
@@ -54,24 +53,29 @@ protected:
         text << std::ifstream(cachePath()).rdbuf();
         return text.str();
     }
+    /// A cache of test "t" alone, last checked at this time.
+    static std::string cacheOf(const std::string& members, std::int64_t checkTime = kNow) {
+        return R"({"t":{"testGuid":"t","lastCheckTime":)" + std::to_string(checkTime) + "," + members + "}}";
+    }
+    static std::string participating(const std::string& frequency, std::int64_t checkTime = kNow) {
+        return cacheOf(R"("status":1,"participant":{"testGuid":"t","frequency":)" + frequency + "}", checkTime);
+    }
 
-    /// Status, check time as "now" or in seconds before now, and P or W for what is held: "1 now P-"; "none" for no
-    /// result.
+    /// Status, check time or "now", and P or W for what is held: "1 now P-".
+    [[nodiscard]] std::string stateOf(const QVLABTestResult& result) const {
+        const auto now = std::chrono::floor<std::chrono::seconds>(platform.runLoop->now()).time_since_epoch().count();
+        return std::to_string(static_cast<std::uint64_t>(result.status())) + " " +
+               (result.lastCheckTime() == now ? "now" : std::to_string(result.lastCheckTime())) + " " +
+               (result.participant() ? "P" : "-") + (result.winGroup() ? "W" : "-");
+    }
     [[nodiscard]] std::string stateOf(const std::string& guid) const {
         const auto found = manager->testResults().find(guid);
-        if (found == manager->testResults().end()) {
-            return "none";
-        }
-        const QVLABTestResult& result = *found->second;
-        const std::int64_t age = kNow - result.lastCheckTime();
-        return std::to_string(static_cast<std::uint64_t>(result.status())) + " " +
-               (age == 0 ? "now" : std::to_string(age)) + " " + (result.participant() ? "P" : "-") +
-               (result.winGroup() ? "W" : "-");
+        return found == manager->testResults().end() ? "none" : stateOf(*found->second);
     }
 
     /// The change is announced when the queues run.
     void setReachable(bool isReachable) const {
-        network.targets().back()->setFlags(isReachable ? network.initialFlags : 0);
+        platform.reachability.targets().back()->setFlags(isReachable ? kQVLReachabilityFlagsReachable : 0U);
     }
     void networkChanges() const {
         QVLNotificationCenter::defaultCenter().post(
@@ -82,22 +86,21 @@ protected:
     [[nodiscard]] Guids asked() {
         Guids guids;
         for (; askedCount < http->requests().size(); ++askedCount) {
-            const std::string body = http->requests()[askedCount].body.value_or("");
-            guids.push_back(QVLJSONSerialization::JSONObjectWithData(body)
-                                .value.dictionaryOrEmpty()
-                                .valueForKey("testGuid")
-                                .description());
+            const QVLJSONValue body = JSONFromText(http->requests()[askedCount].body.value_or(""));
+            guids.push_back(body.dictionaryOrEmpty().valueForKey("testGuid").description());
         }
         return guids;
     }
     // What becomes of the last request.
-    void answer(int status, const std::string& body) const {
-        http->answer(http->requests().size() - 1, status, body);
-        platform.runLoop->runUntilIdle();
-    }
-    void fail() const {
+    void answer(int status, const std::string& body) { answer(http->requests().size() - 1, status, body); }
+    void fail() {
         http->fail(http->requests().size() - 1, QVLHTTPErrorCode::TimedOut, "too late");
-        platform.runLoop->runUntilIdle();
+        platform.runUntilIdle();
+    }
+    /// Answers the request of this index.
+    void answer(std::size_t index, int status, const std::string& body) {
+        http->answer(index, status, body);
+        platform.runUntilIdle();
     }
 
     TestPlatform platform;
@@ -105,10 +108,7 @@ protected:
     TemporaryDirectory directory;
     std::shared_ptr<QVLQuorvelEnvironment> environment = std::make_shared<QVLQuorvelEnvironment>();
     std::shared_ptr<QVLAccount> account = QVLAccount::init();
-    ScriptedReachability network;
-    std::shared_ptr<ScriptedHTTPSession> http = std::make_shared<ScriptedHTTPSession>(platform.runLoop);
-    /// What managers use for a session.
-    std::shared_ptr<QVLHTTPSession> session = http;
+    std::shared_ptr<ScriptedHTTPSession> http = platform.httpSession;
     std::shared_ptr<QVLABTestManager> manager;
 
 private:

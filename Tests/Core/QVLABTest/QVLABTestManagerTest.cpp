@@ -1,19 +1,12 @@
 #include "QVLABTestManagerFixture.h"
 
+#include <gmock/gmock.h>
+
 namespace {
 
 using namespace std::chrono_literals;
 
 using QVLABTestManagerTest = QVLABTestManagerFixture;
-
-/// A cache of one test, checked last at `kNow`.
-std::string cacheOf(const std::string& members) {
-    return R"({"t":{"testGuid":"t","lastCheckTime":1700000000,)" + members + "}}";
-}
-
-std::string participating(const std::string& frequency) {
-    return cacheOf(R"("status":1,"participant":{"testGuid":"t","frequency":)" + frequency + "}");
-}
 
 /// Tells of each request and answers none.
 class ObservedSession final : public QVLHTTPSession {
@@ -29,7 +22,7 @@ private:
     const std::function<void()> m_observer;
 };
 
-const std::string kDecided = cacheOf(R"("status":2,"winGroup":{"guid":"g","basic":true})");
+constexpr const char* kDecided = R"("status":2,"winGroup":{"guid":"g","basic":true})";
 
 } // namespace
 
@@ -54,7 +47,7 @@ TEST_F(QVLABTestManagerTest, AsksAgainOnlyWhenMoreThanTheIntervalHasPassed) {
 }
 
 TEST_F(QVLABTestManagerTest, NeverAsksAboutADecidedOrInvalidTest) {
-    for (const std::string& text : {kDecided, cacheOf(R"("status":3)")}) {
+    for (const std::string& text : {cacheOf(kDecided), cacheOf(R"("status":3)")}) {
         writeCache(text);
         makeManager();
         platform.runLoop->setNow(QVLDate(std::chrono::seconds(kNow) + 24h * 4000));
@@ -71,8 +64,26 @@ TEST_F(QVLABTestManagerTest, SendsNothingWhenMadeAndAsksAboutNewTestsAtTheFirstT
     EXPECT_EQ(asked(), Guids());
     platform.runLoop->advance(1s);
     EXPECT_EQ(asked(), (Guids{"a", "b"}));
+    answer(0, 500, "");
+    answer(1, 500, "");
     platform.runLoop->advance(3600s);
     EXPECT_EQ(asked(), (Guids{"a", "b"}));
+}
+
+TEST_F(QVLABTestManagerTest, NeverAsksAboutATestAgainBeforeItsReplyHasArrived) {
+    environment->setAbtestGuids({"a", "b"});
+    makeManager();
+    networkChanges();
+    EXPECT_EQ(asked(), (Guids{"a", "b"}));
+    networkChanges();
+    manager->participate(manager->testResults().at("a"));
+    answer(1, 500, "");
+    platform.runLoop->advance(24h);
+    EXPECT_EQ(asked(), Guids{"b"});
+    answer(0, 200, R"({"data":{"testGuid":"a","frequency":1}})");
+    EXPECT_EQ(stateOf("a"), "1 now P-");
+    platform.runLoop->advance(1h);
+    EXPECT_EQ(asked(), Guids{"a"});
 }
 
 TEST_F(QVLABTestManagerTest, KeepsQuietWhileTheHostCannotBeReached) {
@@ -81,7 +92,7 @@ TEST_F(QVLABTestManagerTest, KeepsQuietWhileTheHostCannotBeReached) {
     platform.runUntilIdle();
     manager->timerFired();
     EXPECT_EQ(asked(), Guids());
-    EXPECT_EQ(stateOf("t"), "0 1700000000 --");
+    EXPECT_EQ(stateOf("t"), "0 0 --");
     setReachable(true);
     platform.runUntilIdle();
     EXPECT_EQ(asked(), Guids{"t"});
@@ -94,7 +105,10 @@ TEST_F(QVLABTestManagerTest, KeepsQuietWhileTheHostCannotBeReached) {
 
 TEST_F(QVLABTestManagerTest, AsksBeforeItLooksForUndecidedTestsAtATickAndAfterwardsWhenTheNetworkChanges) {
     // Asking settles the only test, so the order of the passes shows in whether the timer goes on.
-    session = std::make_shared<ObservedSession>([this] { EXPECT_TRUE(manager->testResults().at("t")->invalidate()); });
+    platform.makeHTTPSession = [this] {
+        return std::make_shared<ObservedSession>([this] { EXPECT_TRUE(manager->testResults().at("t")->invalidate()); });
+    };
+    platform.install();
     makeManager();
     manager->timerFired();
     EXPECT_FALSE(manager->timer());
@@ -130,12 +144,14 @@ TEST_F(QVLABTestManagerTest, RegistersTheListedTestsWithWhatIsKnownOfThem) {
     // A result is found under the file's key and saved under its own guid.
     writeCache(R"({"kept":{"testGuid":"inner","status":3,"lastCheckTime":1699999990},
                    "dropped":{"testGuid":"dropped","status":3}})");
-    environment->setAbtestGuids({"kept", "new", "kept"});
+    environment->setAbtestGuids({"kept", "new", "\xff", "kept"});
     makeManager();
+    EXPECT_EQ(log->take(),
+              std::vector<std::string>{"error QVLABTestManager: ABTest: guid of a test is no UTF-8 text: \xff"});
     EXPECT_EQ(manager->testGuids(), (std::set<std::string>{"kept", "new"}));
     EXPECT_EQ(manager->testResults().size(), 2U);
-    EXPECT_EQ(stateOf("kept"), "3 10 --");
-    EXPECT_EQ(stateOf("new"), "0 1700000000 --");
+    EXPECT_EQ(stateOf("kept"), "3 1699999990 --");
+    EXPECT_EQ(stateOf("new"), "0 0 --");
     EXPECT_EQ(cache(), R"({"inner":{"lastCheckTime":1699999990,"status":3,"testGuid":"inner"},)"
                        R"("new":{"lastCheckTime":0,"status":0,"testGuid":"new"}})");
 }
@@ -164,9 +180,61 @@ TEST_F(QVLABTestManagerTest, LeavesNothingBehindWhenDropped) {
     answer(200, R"({"data":{"testGuid":"t"}})");
     platform.runUntilIdle();
     EXPECT_TRUE(reachability.expired());
-    EXPECT_FALSE(network.targets().back()->isWatched());
+    EXPECT_FALSE(platform.reachability.targets().back()->isWatched());
     EXPECT_EQ(platform.runLoop->timerCount(), 0U);
     EXPECT_EQ(cache(), R"({"t":{"lastCheckTime":0,"status":0,"testGuid":"t"}})");
+}
+
+TEST_F(QVLABTestManagerTest, LogsAHostThatIsMoreThanABareName) {
+    for (const char* host : {"abtest.example", "192.0.2.1"}) {
+        environment->setAbtestHost(host);
+        makeManager();
+        EXPECT_EQ(log->take(), std::vector<std::string>()) << host;
+    }
+    for (const std::string host :
+         {"", "a b", "https://abtest.example", "abtest.example:8443", "abtest.example/path", "user@abtest.example"}) {
+        environment->setAbtestHost(host);
+        makeManager();
+        EXPECT_EQ(log->take(),
+                  std::vector<std::string>{"error QVLABTestManager: ABTest: not a bare host name: " + host});
+    }
+}
+
+TEST_F(QVLABTestManagerTest, LivesToTheEndOfACallInWhichTheLoggerDropsIt) {
+    using Call = void (*)(QVLABTestManager&);
+    const std::vector<Call> calls = {
+        [](QVLABTestManager& called) { called.participateIfNeeded(); },
+        [](QVLABTestManager& called) { called.timerFired(); },
+        [](QVLABTestManager& called) { called.reachabilityChanged({.name = "", .sender = {}, .userInfo = {}}); },
+        [](QVLABTestManager& called) { called.didUpdateTestResult("a", /*postNotification=*/true); },
+        [](QVLABTestManager& called) {
+            called.registerABTests({"\xff", "c"});
+        },
+        [](QVLABTestManager& called) { called.setupReachability(); },
+        [](QVLABTestManager& called) { called.readTestResults(); },
+    };
+    environment->setAbtestGuids({"a", "b"});
+    for (std::size_t index = 0; index < calls.size(); ++index) {
+        writeCache("{}");
+        makeManager();
+        const std::weak_ptr<QVLABTestManager> observed = manager;
+        int lines = 0;
+        log->whenLogging = [&] {
+            manager.reset();
+            EXPECT_FALSE(observed.expired()) << index;
+            ++lines;
+        };
+        environment->setAbtestHost("a b");
+        platform.fileManager->writeFault = FaultyFileManager::always("full");
+        platform.fileManager->readFault = FaultyFileManager::always("torn");
+        calls[index](*manager);
+        EXPECT_GT(lines, 0) << index;
+        EXPECT_TRUE(observed.expired()) << index;
+        log->whenLogging = [] {};
+        environment->setAbtestHost("abtest.example");
+        platform.fileManager->writeFault = nullptr;
+        platform.fileManager->readFault = nullptr;
+    }
 }
 
 TEST_F(QVLABTestManagerTest, MakesTheCacheDirectoryWithItsParentsAndInPlaceOfAFile) {
@@ -181,12 +249,28 @@ TEST_F(QVLABTestManagerTest, MakesTheCacheDirectoryWithItsParentsAndInPlaceOfAFi
     EXPECT_EQ(log->take(), std::vector<std::string>());
 }
 
+TEST_F(QVLABTestManagerTest, KeepsNoFileWithoutAnAccountDirectory) {
+    platform.fileManager->createDirectoryFault = [](const std::string& path) {
+        ADD_FAILURE() << path;
+        return "refused";
+    };
+    account->setAccountDirectory("");
+    for (const auto& without : {account, std::shared_ptr<QVLAccount>()}) {
+        manager = QVLABTestManager::initWithEnvironment(environment, without);
+        EXPECT_EQ(manager->directoryPath(), "");
+        EXPECT_EQ(manager->cacheFilePath(), "");
+        EXPECT_EQ(stateOf("t"), "0 0 --");
+        EXPECT_THAT(log->take(),
+                    testing::ElementsAre(testing::StartsWith("error QVLJSONStore: Could not save file: '', error: ")));
+    }
+}
+
 TEST_F(QVLABTestManagerTest, LogsTroubleWithTheCacheDirectoryAndGoesOn) {
     std::ofstream(directory.path("quorvel")) << "in the way";
     platform.fileManager->removeFault = FaultyFileManager::always("stuck");
     platform.fileManager->createDirectoryFault = FaultyFileManager::always("full");
     makeManager();
-    EXPECT_EQ(stateOf("t"), "0 1700000000 --");
+    EXPECT_EQ(stateOf("t"), "0 0 --");
     static_cast<void>(log->take());
     EXPECT_EQ(manager->directoryPath(), directory.path("quorvel"));
     const std::string path = directory.path("quorvel");
@@ -198,16 +282,10 @@ TEST_F(QVLABTestManagerTest, LogsTroubleWithTheCacheDirectoryAndGoesOn) {
 
 TEST_F(QVLABTestManagerTest, TakesWhatIsUsableOfACacheFile) {
     const std::vector<std::pair<std::string, std::string>> rows = {
-        {kDecided, "2 now -W"},
-        {R"({"t":{"testGuid":"t","status":3,"lastCheckTime":-1e999}})", "0 1700000000 --"},
-        {R"({"t":{"status":3}})", "0 1700000000 --"},
-        {R"({"t":[]})", "0 1700000000 --"},
-        {R"({"t":null})", "0 1700000000 --"},
-        {"[{}]", "0 1700000000 --"},
-        {"\"t\"", "0 1700000000 --"},
-        {"{\"t\":", "0 1700000000 --"},
-        {"\xff", "0 1700000000 --"},
-        {"", "0 1700000000 --"},
+        {cacheOf(kDecided), "2 now -W"},
+        {R"({"t":{"status":3}})", "0 0 --"},
+        {"[{}]", "0 0 --"},
+        {"\xff", "0 0 --"},
     };
     for (const auto& [text, expected] : rows) {
         writeCache(text);

@@ -1,17 +1,6 @@
-#include "QVLABTestParticipant.h"
-
-#include "QVLJSONSerialization.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include "QVLABTestManagerFixture.h"
 
 namespace {
-
-QVLJSONValue JSON(std::string_view text) {
-    return QVLJSONSerialization::JSONObjectWithData(text, QVLJSONSerialization::Reading::Fragments).value;
-}
 
 std::string text(const QVLJSONDictionary& JSON) {
     return QVLJSONSerialization::dataWithJSONObject(JSON).text;
@@ -42,14 +31,12 @@ TEST(QVLABTestGroupTest, ReadsOnlyWhatIsCompleteAndWritesItBack) {
         {R"({"guid":"g","basic":true,"attributeValues":null})", ""},
         {R"({"guid":"g","basic":true,"attributeValues":[]})", ""},
         {"[]", ""},
-        {"\"g\"", ""},
         {"null", ""},
     };
     for (const auto& [given, expected] : rows) {
-        const auto group = QVLABTestGroup::groupWithJSON(JSON(given));
+        const auto group = QVLABTestGroup::groupWithJSON(JSONFromText(given));
         EXPECT_EQ(group ? text(group->toJSON()) : "", expected) << given;
     }
-    EXPECT_FALSE(QVLABTestGroup::groupWithJSON({}));
 }
 
 TEST(QVLABTestGroupTest, TakesAttributesJustAsDeepAsTheCacheFileCanHold) {
@@ -74,10 +61,7 @@ TEST(QVLABTestParticipantTest, TakesEachFittingMemberAndSkipsTheOthersOneByOne) 
     const std::vector<std::pair<std::string, std::string>> rows = {
         {R"({"testGuid":"t","status":1,"frequency":3,"startTime":"s","endTime":"","group":{"guid":"g","basic":1}})",
          R"({"endTime":"","frequency":3,"group":{"basic":true,"guid":"g"},"startTime":"s","status":1,"testGuid":"t"})"},
-        {"null", empty},
         {"[]", empty},
-        {"\"t\"", empty},
-        {"{}", empty},
         {R"({"status":2,"frequency":1})", empty},
         {R"({"testGuid":"T","status":2,"frequency":1,"group":{"guid":"g","basic":1}})", empty},
         {R"({"testGuid":["t"],"status":2})", empty},
@@ -90,6 +74,6 @@ TEST(QVLABTestParticipantTest, TakesEachFittingMemberAndSkipsTheOthersOneByOne) 
         {R"({"testGuid":"t","frequency":0})", R"({"status":0,"testGuid":"t"})"},
     };
     for (const auto& [given, expected] : rows) {
-        EXPECT_EQ(text(QVLABTestParticipant::initWithTestGuid("t", JSON(given))->toJSON()), expected) << given;
+        EXPECT_EQ(text(QVLABTestParticipant::initWithTestGuid("t", JSONFromText(given))->toJSON()), expected) << given;
     }
 }

@@ -1,45 +1,16 @@
-#include "QVLABTestResult.h"
-
-#include "QVLJSONSerialization.h"
-#include "TestPlatform.h"
-
-#include <gtest/gtest.h>
-
-#include <chrono>
-#include <string>
-#include <vector>
+#include "QVLABTestManagerFixture.h"
 
 namespace {
 
-using namespace std::chrono_literals;
+using QVLABTestResultTest = QVLABTestManagerFixture;
 
 const std::string kParticipant = R"("participant":{"testGuid":"t"})";
 const std::string kGroup = R"({"guid":"g","basic":true})";
 const std::string kWin = R"("winGroup":)" + kGroup;
 
-QVLJSONValue JSON(std::string_view text) {
-    return QVLJSONSerialization::JSONObjectWithData(text, QVLJSONSerialization::Reading::Fragments).value;
-}
-
 std::string resultText(const std::string& members) {
     return R"({"testGuid":"t",)" + members + "}";
 }
-
-/// Status, check time, and P or W for what is held: "1 5000 P-".
-std::string summary(const QVLABTestResult& result) {
-    return std::to_string(static_cast<std::uint64_t>(result.status())) + " " + std::to_string(result.lastCheckTime()) +
-           " " + (result.participant() ? "P" : "-") + (result.winGroup() ? "W" : "-");
-}
-
-class QVLABTestResultTest : public testing::Test {
-protected:
-    void SetUp() override {
-        platform.runLoop->setNow(QVLDate(5000s + 999999us));
-        platform.install();
-    }
-
-    TestPlatform platform;
-};
 
 } // namespace
 
@@ -60,26 +31,26 @@ TEST_F(QVLABTestResultTest, ChangesStateAsTheTableSays) {
     const std::vector<Row> rows = {
         {"participant",
          [](QVLABTestResult& result) { return result.onParticipant(QVLABTestParticipant::initWithTestGuid("t", {})); },
-         {"changed 1 5000 P-", "changed 1 5000 P-", "same 2 7 PW", "same 3 7 --"}},
+         {"changed 1 now P-", "changed 1 now P-", "same 2 7 PW", "same 3 7 --"}},
         {"no participant",
          [](QVLABTestResult& result) { return result.onParticipant(nullptr); },
-         {"changed 0 5000 --", "changed 0 5000 --", "same 2 7 PW", "same 3 7 --"}},
+         {"changed 0 now --", "changed 0 now --", "same 2 7 PW", "same 3 7 --"}},
         {"winning group",
-         [](QVLABTestResult& result) { return result.onWinGroup(QVLABTestGroup::groupWithJSON(JSON(kGroup))); },
+         [](QVLABTestResult& result) { return result.onWinGroup(QVLABTestGroup::groupWithJSON(JSONFromText(kGroup))); },
          {"changed 2 7 -W", "changed 2 7 PW", "same 2 7 PW", "same 3 7 --"}},
         {"no winning group",
          [](QVLABTestResult& result) { return result.onWinGroup(nullptr); },
-         {"same 0 5000 --", "same 1 5000 P-", "same 2 7 PW", "same 3 7 --"}},
+         {"same 0 now --", "same 1 now P-", "same 2 7 PW", "same 3 7 --"}},
         {"invalidation",
          [](QVLABTestResult& result) { return result.invalidate(); },
-         {"changed 3 5000 --", "changed 3 5000 --", "changed 3 5000 --", "changed 3 5000 --"}},
+         {"changed 3 now --", "changed 3 now --", "changed 3 now --", "changed 3 now --"}},
     };
     for (const Row& row : rows) {
         for (std::size_t state = 0; state < states.size(); ++state) {
-            const auto result = QVLABTestResult::resultWithJSON(JSON(resultText(states[state])));
+            const auto result = QVLABTestResult::resultWithJSON(JSONFromText(resultText(states[state])));
             ASSERT_TRUE(result);
             const std::string changed = row.apply(*result) ? "changed " : "same ";
-            EXPECT_EQ(changed + summary(*result), row.expected[state]) << row.event << " in state " << state;
+            EXPECT_EQ(changed + stateOf(*result), row.expected[state]) << row.event << " in state " << state;
         }
     }
 }
@@ -93,14 +64,15 @@ TEST_F(QVLABTestResultTest, ReadsWhatFitsAndStartsAnewOtherwise) {
         {R"("status":3,"lastCheckTime":9,)" + kParticipant + "," + kWin, "3 9 --"},
         {R"("status":3)", "3 0 --"},
         {R"("status":true,"participant":{})", "1 0 P-"},
-        {R"("status":3,"lastCheckTime":1e300)", "3 9223372036854775807 --"},
+        {R"("status":3,"lastCheckTime":1e300)", "3 0 --"},
+        {R"("status":3,"lastCheckTime":9223372036854775808)", "3 0 --"},
+        {R"("status":3,"lastCheckTime":1700000001)", "3 1700000001 --"},
         // Not fitting.
         {R"("lastCheckTime":9)", "0 0 --"},
         {R"("status":"1","lastCheckTime":9,)" + kParticipant, "0 0 --"},
         {R"("status":1,"lastCheckTime":"9",)" + kParticipant, "0 0 --"},
         {R"("status":3,"lastCheckTime":null)", "0 0 --"},
         {R"("status":1,"lastCheckTime":9)", "0 0 --"},
-        {R"("status":1,"lastCheckTime":9,"participant":[])", "0 0 --"},
         {R"("status":3,"lastCheckTime":9,"participant":null)", "0 0 --"},
         {R"("status":3,"lastCheckTime":9,"winGroup":"g")", "0 0 --"},
         {R"("status":2,"lastCheckTime":9,)" + kParticipant, "0 0 --"},
@@ -110,11 +82,11 @@ TEST_F(QVLABTestResultTest, ReadsWhatFitsAndStartsAnewOtherwise) {
         {R"("status":-1e300,"lastCheckTime":9)", "0 0 --"},
     };
     for (const auto& [members, expected] : rows) {
-        const auto result = QVLABTestResult::resultWithJSON(JSON(resultText(members)));
-        EXPECT_EQ(result ? summary(*result) : "dropped", expected) << members;
+        const auto result = QVLABTestResult::resultWithJSON(JSONFromText(resultText(members)));
+        EXPECT_EQ(result ? stateOf(*result) : "dropped", expected) << members;
     }
     for (const char* value :
          {"{}", "[]", "null", "7", "\"t\"", R"({"testGuid":7,"status":3})", R"({"testGuid":null})"}) {
-        EXPECT_FALSE(QVLABTestResult::resultWithJSON(JSON(value))) << value;
+        EXPECT_FALSE(QVLABTestResult::resultWithJSON(JSONFromText(value))) << value;
     }
 }

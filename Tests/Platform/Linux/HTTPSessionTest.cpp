@@ -121,6 +121,19 @@ TEST_F(HTTPSessionTest, FollowsRedirectsToTheFinalAddress) {
     EXPECT_EQ(reply.response->url, server.url("/new").text());
 }
 
+TEST_F(HTTPSessionTest, ARedirectIsTheAnswerOfARequestThatFollowsNone) {
+    const LoopbackServer server([](const Request&) {
+        return Answer{.status = 307, .body = "moved", .headers = {{"Location", "/new"}}};
+    });
+    const QVLHTTPReply reply =
+        send({.url = server.url("/old"), .method = "POST", .body = "+body", .followsRedirects = false});
+    ASSERT_TRUE(reply.response);
+    EXPECT_EQ(reply.response->statusCode, 307);
+    EXPECT_EQ(reply.response->body, "moved");
+    EXPECT_EQ(reply.response->url, server.url("/old").text());
+    EXPECT_EQ(server.requests().size(), 1U);
+}
+
 TEST_F(HTTPSessionTest, RefusesRedirectsWithoutEndAndToOtherSchemes) {
     const LoopbackServer server([](const Request& request) {
         const std::string target = request.path == "/loop" ? "/loop" : "file:///etc/passwd";
