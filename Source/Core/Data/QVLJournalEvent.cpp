@@ -16,6 +16,7 @@ std::shared_ptr<QVLJournalEvent> QVLJournalEvent::initWithQVLJSONObject(const QV
     event->m_firstTime = qvl::dateFromMember(members, kQVLJournalEventFirstTime);
     event->m_lastTime = qvl::dateFromMember(members, kQVLJournalEventLastTime);
     event->m_count = members.valueForKey(kQVLJournalEventCount).unsignedValue();
+    event->keepJSONObject();
     return event;
 }
 
@@ -61,7 +62,7 @@ bool QVLJournalEvent::isEmpty() const {
     return !m_firstTime && !m_lastTime && m_count == 0;
 }
 
-QVLJSONValue QVLJournalEvent::qvl_JSONObject() const {
+QVLJSONValue QVLJournalEvent::JSONObjectOfFields() const {
     std::vector<QVLJSONDictionary::Entry> members;
     qvl::addDate(members, kQVLJournalEventFirstTime, m_firstTime);
     qvl::addDate(members, kQVLJournalEventLastTime, m_lastTime);

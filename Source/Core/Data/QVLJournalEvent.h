@@ -30,14 +30,14 @@ public:
 
     void reset() override;
     [[nodiscard]] bool isEmpty() const override;
-    /// The members "firstTime", "lastTime" and "count", each only when it holds something.
-    [[nodiscard]] QVLJSONValue qvl_JSONObject() const override;
     [[nodiscard]] bool isEqual(const QVLObject& other) const override;
     [[nodiscard]] std::size_t hash() const override;
     [[nodiscard]] std::string className() const override { return "QVLJournalEvent"; }
 
 private:
     QVLJournalEvent() = default;
+    /// The members "firstTime", "lastTime" and "count", each only when it holds something.
+    [[nodiscard]] QVLJSONValue JSONObjectOfFields() const override;
     [[nodiscard]] std::shared_ptr<QVLJournalObject> copyOfFields() const override;
 
     std::optional<QVLDate> m_firstTime;

@@ -15,6 +15,7 @@ std::shared_ptr<QVLJournalFlag> QVLJournalFlag::initWithQVLJSONObject(const QVLJ
     const QVLJSONDictionary members = JSONObject.dictionaryOrEmpty();
     flag->m_flag = members.valueForKey(kQVLJournalFlagFlag).qvl_castToBoolValue();
     flag->m_lastTime = qvl::dateFromMember(members, kQVLJournalFlagLastTime);
+    flag->keepJSONObject();
     return flag;
 }
 
@@ -48,7 +49,7 @@ bool QVLJournalFlag::isEmpty() const {
     return !m_flag && !m_lastTime;
 }
 
-QVLJSONValue QVLJournalFlag::qvl_JSONObject() const {
+QVLJSONValue QVLJournalFlag::JSONObjectOfFields() const {
     std::vector<QVLJSONDictionary::Entry> members;
     if (m_flag) {
         members.push_back({kQVLJournalFlagFlag, true});

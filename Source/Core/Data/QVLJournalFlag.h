@@ -26,14 +26,14 @@ public:
     void reset() override;
     /// A false flag with a time is not empty.
     [[nodiscard]] bool isEmpty() const override;
-    /// The members "flag", only when true, and "lastTime", only when set.
-    [[nodiscard]] QVLJSONValue qvl_JSONObject() const override;
     [[nodiscard]] bool isEqual(const QVLObject& other) const override;
     [[nodiscard]] std::size_t hash() const override;
     [[nodiscard]] std::string className() const override { return "QVLJournalFlag"; }
 
 private:
     QVLJournalFlag() = default;
+    /// The members "flag", only when true, and "lastTime", only when set.
+    [[nodiscard]] QVLJSONValue JSONObjectOfFields() const override;
     [[nodiscard]] std::shared_ptr<QVLJournalObject> copyOfFields() const override;
 
     bool m_flag = false;

@@ -13,6 +13,10 @@ std::shared_ptr<QVLJournalObject> QVLJournalObject::initWithQVLJSONObject(const 
 }
 
 QVLJSONValue QVLJournalObject::qvl_JSONObject() const {
+    return m_JSONObject.isNothing() ? JSONObjectOfFields() : m_JSONObject;
+}
+
+QVLJSONValue QVLJournalObject::JSONObjectOfFields() const {
     throw QVLUnrecognizedOperationError(className(), "qvl_JSONObject");
 }
 
@@ -45,6 +49,7 @@ std::string QVLJournalObject::description() const {
 std::shared_ptr<QVLJSONSerializable> QVLJournalObject::copy() const {
     std::shared_ptr<QVLJournalObject> copy = copyOfFields();
     copy->m_collection = m_collection;
+    copy->m_JSONObject = m_JSONObject;
     return copy;
 }
 
@@ -53,6 +58,7 @@ std::shared_ptr<QVLJournalObject> QVLJournalObject::copyOfFields() const {
 }
 
 void QVLJournalObject::reportChange() {
+    keepJSONObject();
     if (const auto collection = m_collection.lock()) {
         collection->processChangedCollectionItems();
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "QVLDate.h"
+#include "QVLJSONDictionary.h"
 #include "QVLJSONSerializable.h"
 
 #include <memory>
@@ -23,7 +24,8 @@ public:
 class QVL_EXPORT QVLJournalObject : public QVLJSONCompatible {
 public:
     [[nodiscard]] static std::shared_ptr<QVLJournalObject> initWithQVLJSONObject(const QVLJSONValue& JSONObject);
-    [[nodiscard]] QVLJSONValue qvl_JSONObject() const override;
+    /// The record's fields as JSON; made when they change, not when they are asked for.
+    [[nodiscard]] QVLJSONValue qvl_JSONObject() const final;
     /// Clears every field and reports one change.
     virtual void reset();
     /// True when the record holds nothing.
@@ -31,9 +33,8 @@ public:
     [[nodiscard]] bool isEqual(const QVLObject& other) const override;
     [[nodiscard]] std::size_t hash() const override;
 
-    /// The default text followed by the compact JSON text. A record that is no valid JSON object logs "Invalid JSON
-    /// object:
-    /// %@" and gives the default text alone.
+    /// The default text followed by the compact JSON text. A record that is no valid JSON object logs
+    /// "Invalid JSON object: %@" and gives the default text alone.
     [[nodiscard]] std::string description() const override;
     /// A record of the same class with every field, owned by the same collection. Reports nothing.
     [[nodiscard]] std::shared_ptr<QVLJSONSerializable> copy() const override;
@@ -45,13 +46,18 @@ public:
     [[nodiscard]] std::string className() const override { return "QVLJournalObject"; }
 
 protected:
-    /// Lets the owning collection, if there is one, look for what changed.
+    /// Called after each change of a field: lets the owning collection, if there is one, look for what changed.
     void reportChange();
+    /// Called after the fields have been set without a report.
+    void keepJSONObject() { m_JSONObject = JSONObjectOfFields().dictionaryOrEmpty().withCompactText(); }
+    [[nodiscard]] virtual QVLJSONValue JSONObjectOfFields() const;
     /// An empty record of the same class with the fields of this one; `copy` adds the collection.
     [[nodiscard]] virtual std::shared_ptr<QVLJournalObject> copyOfFields() const;
 
 private:
     std::weak_ptr<QVLJournalCollection> m_collection;
+    /// Nothing for a new record. Written on the main thread alone; what other threads see are copies.
+    QVLJSONValue m_JSONObject;
 };
 
 namespace qvl {

@@ -2,6 +2,7 @@
 
 #include "QVLJSONNodes.h"
 #include "QVLJSONSerializable.h"
+#include "QVLJSONSerialization.h"
 
 #include <algorithm>
 #include <iterator>
@@ -42,8 +43,8 @@ std::vector<Entry> sortedAndUnique(std::vector<Entry> entries) {
 
 } // namespace
 
-QVLJSONDictionary::Node::Node(std::vector<Entry> entries)
-    : entries(std::move(entries)), depth(depthAround(this->entries)) {}
+QVLJSONDictionary::Node::Node(std::vector<Entry> entries, std::string compactText)
+    : entries(std::move(entries)), depth(depthAround(this->entries)), compactText(std::move(compactText)) {}
 
 QVLJSONDictionary::QVLJSONDictionary() noexcept = default;
 QVLJSONDictionary::QVLJSONDictionary(std::initializer_list<Entry> entries)
@@ -144,6 +145,19 @@ QVLJSONDictionary QVLJSONDictionary::withValueForKey(QVLJSONValue value, const Q
     }
     entries.insert(entries.end(), isReplacing ? position + 1 : position, end());
     return fromSorted(std::move(entries));
+}
+
+QVLJSONDictionary QVLJSONDictionary::withCompactText() const {
+    QVLJSONWriteResult written = QVLJSONSerialization::dataWithJSONObject(*this);
+    if (isEmpty() || !written) {
+        return *this;
+    }
+    return QVLJSONDictionary(QVLJSONNodePointer<Node>::adopt(new Node(m_node->entries, std::move(written.text))));
+}
+
+const std::string& QVLJSONDictionary::compactText() const noexcept {
+    static const std::string kNone;
+    return m_node ? m_node->compactText : kNone;
 }
 
 QVLJSONValue QVLJSONDictionary::qvl_JSONObject() const {

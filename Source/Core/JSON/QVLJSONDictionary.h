@@ -53,6 +53,12 @@ public:
     /// A dictionary that differs from this one in one member; nothing removes it.
     [[nodiscard]] QVLJSONDictionary withValueForKey(QVLJSONValue value, const QVLJSONString& key) const;
 
+    /// The same dictionary, which from now on carries its compact JSON text: for what is written again and again as part
+    /// of larger documents. One that is not valid JSON carries none.
+    [[nodiscard]] QVLJSONDictionary withCompactText() const;
+    /// The text that it carries, or an empty one. Valid for as long as a copy of this dictionary lives.
+    [[nodiscard]] const std::string& compactText() const noexcept;
+
     [[nodiscard]] QVLJSONValue qvl_JSONObject() const;
     /// True when both are one and the same dictionary, which makes comparing unnecessary.
     [[nodiscard]] bool isIdentical(const QVLJSONDictionary& other) const noexcept {

@@ -21,9 +21,11 @@ public:
 
 class QVLJSONDictionary::Node final : public QVLJSONNode {
 public:
-    explicit Node(std::vector<Entry> entries);
+    explicit Node(std::vector<Entry> entries, std::string compactText = {});
     const std::vector<Entry> entries;
     const std::size_t depth;
+    /// Empty for a dictionary that does not carry its text.
+    const std::string compactText;
 };
 
 class QVLJSONRecordNode final : public QVLJSONNode {

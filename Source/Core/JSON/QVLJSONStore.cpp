@@ -50,13 +50,14 @@ QVLJSONValue QVLJSONStore::loadJSONObjectFromFileAtPath(const std::string& path)
 }
 
 void QVLJSONStore::saveJSONObject(const QVLJSONValue& object, const std::string& toPath) const {
-    if (!QVLJSONSerialization::isValidJSONObject(object)) {
-        QVL_LOG_ERROR(this, "Invalid JSON object: %@", object);
-        return;
-    }
     const QVLJSONWriteResult data = QVLJSONSerialization::dataWithJSONObject(object);
     if (!data) {
-        QVL_LOG_ERROR(this, "Could not serialize data: %@, error: %@", object, data.error);
+        // Writing finds what is not valid, so that a good object is walked through only once.
+        if (QVLJSONSerialization::isValidJSONObject(object)) {
+            QVL_LOG_ERROR(this, "Could not serialize data: %@, error: %@", object, data.error);
+        } else {
+            QVL_LOG_ERROR(this, "Invalid JSON object: %@", object);
+        }
         return;
     }
     if (fileManager()->itemKindAtPath(toPath) == QVLFileManager::ItemKind::Directory) {

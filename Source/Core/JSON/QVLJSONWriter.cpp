@@ -94,6 +94,10 @@ void QVLJSONWriter::writeDictionary(const QVLJSONDictionary& dictionary) {
         m_text += "{}";
         return;
     }
+    if (const std::string& compact = dictionary.compactText(); !m_isPretty && !compact.empty()) {
+        m_text += compact;
+        return;
+    }
     m_text += '{';
     ++m_level;
     bool isFirst = true;
