@@ -1,10 +1,10 @@
 # Wraps the CMake presets; `make` alone lists the targets.
 
 JOBS := $(shell nproc)
-FORMATTED := find Source Tests Examples \( -name '*.h' -o -name '*.cpp' \) -print0 | xargs -0 -r
+FORMATTED := find Source Tests Examples Benchmarks \( -name '*.h' -o -name '*.cpp' \) -print0 | xargs -0 -r
 
 .DEFAULT_GOAL := help
-.PHONY: help run test format check-format tidy clean
+.PHONY: help run test bench format check-format tidy clean
 
 help: ## list the targets
 	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/    make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 24
@@ -20,6 +20,12 @@ test: ## build everything and run the tests
 	cmake --preset dev
 	cmake --build --preset dev
 	ctest --preset dev -j$(JOBS)
+
+bench: ## measure speed against the floors of the same run; BENCH_FLAGS=--full for every size
+	@Scripts/install-dependencies bench
+	cmake --preset release -DQVL_BUILD_BENCHMARKS=ON
+	cmake --build --preset release --target QuorvelBenchmarks
+	build/release/Benchmarks/QuorvelBenchmarks $(BENCH_FLAGS)
 
 format: ## format the sources in place
 	@Scripts/install-dependencies format
