@@ -1,10 +1,11 @@
 # Wraps the CMake presets; `make` alone lists the targets.
 
 JOBS := $(shell nproc)
-FORMATTED := find Source Tests Examples Benchmarks \( -name '*.h' -o -name '*.cpp' \) -print0 | xargs -0 -r
+FUZZ_SECONDS := 60
+FORMATTED := find Source Tests Examples Benchmarks Fuzzing \( -name '*.h' -o -name '*.cpp' \) -print0 | xargs -0 -r
 
 .DEFAULT_GOAL := help
-.PHONY: help run test bench format check-format tidy clean
+.PHONY: help run test bench format check-format tidy fuzz clean
 
 help: ## list the targets
 	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/    make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 24
@@ -39,6 +40,12 @@ tidy: ## build with clang and clang-tidy
 	@Scripts/install-dependencies tidy
 	cmake --preset tidy
 	cmake --build --preset tidy
+
+fuzz: ## build the fuzzers and run each for a minute, or for FUZZ_SECONDS
+	@Scripts/install-dependencies fuzz
+	cmake --preset fuzz
+	cmake --build --preset fuzz
+	Scripts/fuzz $(FUZZ_SECONDS)
 
 clean: ## remove all build trees
 	rm -rf build

@@ -9,8 +9,12 @@
 [[nodiscard]] std::string QVLShortFunctionName(const char* prettyFunction);
 
 // NOLINTBEGIN(cppcoreguidelines-macro-usage)
+// A block of its own, since clang 14 ends the life of the temporaries with the block around and not with the statement,
+// and in a switch even where the statement is jumped over.
 #define QVL_LOG(level, object, ...)                                                                                    \
-    QVLLog(level, __FILE__, __LINE__, QVLShortFunctionName(__PRETTY_FUNCTION__).c_str(), object, __VA_ARGS__)
+    do {                                                                                                               \
+        QVLLog(level, __FILE__, __LINE__, QVLShortFunctionName(__PRETTY_FUNCTION__).c_str(), object, __VA_ARGS__);     \
+    } while (false)
 #define QVL_LOG_DEBUG(object, ...) QVL_LOG(QVLLogLevelDebug, object, __VA_ARGS__)
 #define QVL_LOG_INFO(object, ...) QVL_LOG(QVLLogLevelInfo, object, __VA_ARGS__)
 #define QVL_LOG_ERROR(object, ...) QVL_LOG(QVLLogLevelError, object, __VA_ARGS__)

@@ -1,0 +1,4 @@
+// Build: Quorvel-2.14.0.js
+//
+// The rules.
+(function () { quorvel.process = null; })();

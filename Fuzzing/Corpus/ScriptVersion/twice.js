@@ -1,0 +1,1 @@
+// Quorvel x.js.js
