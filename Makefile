@@ -17,7 +17,7 @@ run: ## build what is needed and show the road of one change, on the sample data
 	build/dev/Examples/TerminalHost/TerminalHost --tour --verbose
 
 test: ## build everything and run the tests
-	@Scripts/install-dependencies
+	@Scripts/install-dependencies console
 	cmake --preset dev
 	cmake --build --preset dev
 	ctest --preset dev -j$(JOBS)
@@ -37,7 +37,7 @@ check-format: ## report sources that are not formatted
 	$(FORMATTED) clang-format --dry-run --Werror
 
 tidy: ## build with clang and clang-tidy
-	@Scripts/install-dependencies tidy
+	@Scripts/install-dependencies console tidy
 	cmake --preset tidy
 	cmake --build --preset tidy
 

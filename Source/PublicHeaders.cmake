@@ -46,3 +46,8 @@ set(QVL_PUBLIC_HEADERS
     Platform/QVLToken.h
     Platform/QVLURL.h
     Platform/QVLUserDefaults.h)
+
+# The same of the debug console; Qt's classes are only named, not included.
+set(QVL_CONSOLE_PUBLIC_HEADERS
+    Qt/Window/QVLDebugWindowController.h
+    Shared/SectionInputs/QVLInputsManager.h)

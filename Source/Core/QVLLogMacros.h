@@ -6,7 +6,7 @@
 // The places of the library that log. A macro is what supplies file, line and function of the call.
 
 /// "QVLJSONStore::saveJSONObject" out of the compiler's whole signature.
-[[nodiscard]] std::string QVLShortFunctionName(const char* prettyFunction);
+[[nodiscard]] QVL_EXPORT std::string QVLShortFunctionName(const char* prettyFunction);
 
 // NOLINTBEGIN(cppcoreguidelines-macro-usage)
 // A block of its own, since clang 14 ends the life of the temporaries with the block around and not with the statement,

@@ -205,6 +205,9 @@ public:
     [[nodiscard]] const std::shared_ptr<QVLScriptManager>& scriptManager() const { return m_scriptManager; }
     [[nodiscard]] const std::shared_ptr<QVLABTestManager>& abtestManager() const { return m_abtestManager; }
     [[nodiscard]] const std::string& contentDirectory() const { return m_contentDirectory; }
+    /// Calls the observer after each run or failed reload that set `lastRunVersion` and `lastRunDate`, until the token
+    /// is dropped. Main thread.
+    [[nodiscard]] QVLToken observeLastRun(std::function<void()> observer);
     /// The engine's directory, made when missing; empty for an engine without a directory.
     [[nodiscard]] std::string quorvelDirectoryPath() const;
 

@@ -11,6 +11,8 @@ namespace {
 constexpr QVLTimeInterval kSentEventsResetInterval(86400.0);
 constexpr const char* kFailedKey = "failed";
 constexpr const char* kNoScriptKey = "No Script";
+/// For `observeLastRun` only; no name that a host is told of.
+constexpr const char* kLastRunDidChange = "QVLQuorvelLastRunDidChange";
 
 std::string abtestGroupKeyForTestGuid(const std::string& guid) {
     return QVLStringWithFormat("mac.abtest.%@.group", guid);
@@ -68,6 +70,7 @@ void QVLQuorvel::applyAnswer(const QVLJSONDictionary& answer) {
     if (!answer.isEmpty()) {
         setScriptAvailability(QVLScriptAvailabilityAvailable);
     }
+    post(kLastRunDidChange);
 }
 
 void QVLQuorvel::handleFailedReload() {
@@ -80,6 +83,13 @@ void QVLQuorvel::handleFailedReload() {
         status.lastLoadedFileHeaderVersion.reset();
     });
     setScriptAvailability(QVLScriptAvailabilityUnavailable);
+    post(kLastRunDidChange);
+}
+
+QVLToken QVLQuorvel::observeLastRun(std::function<void()> observer) {
+    return QVLNotificationCenter::defaultCenter().addObserver(
+        kLastRunDidChange, shared_from_this(),
+        [observer = std::move(observer)](const QVLNotification&) { observer(); });
 }
 
 void QVLQuorvel::updateABTestResults() {

@@ -1,13 +1,14 @@
 #pragma once
 
 #include "QVLBundle.h"
+#include "QVLExport.h"
 
 #include <memory>
 #include <optional>
 #include <string>
 
 /// Finds the library's own resources. Any thread.
-class QVLUtilities final {
+class QVL_EXPORT QVLUtilities final {
 public:
     /// The library's resource files.
     [[nodiscard]] static std::shared_ptr<const QVLBundle> quorvelBundle();

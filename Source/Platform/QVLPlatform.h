@@ -32,7 +32,7 @@ struct QVLPlatform {
     QVLReachabilityTargetMaker makeReachabilityTarget;
 
     /// The set in force. Any thread.
-    [[nodiscard]] static std::shared_ptr<const QVLPlatform> current();
+    [[nodiscard]] QVL_EXPORT static std::shared_ptr<const QVLPlatform> current();
 
     /// Puts another set in force; null brings back the platform's own. For tests, while no engine lives.
     static void install(std::shared_ptr<const QVLPlatform> platform);

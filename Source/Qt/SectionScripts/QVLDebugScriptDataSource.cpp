@@ -1,0 +1,94 @@
+#include "QVLDebugScriptDataSource.h"
+
+#include "QVLDebugScriptsKeys.h"
+#include "QVLDebugText.h"
+#include "QVLScriptManager.h"
+
+namespace {
+
+constexpr int kRowHeight = 40;
+
+} // namespace
+
+QVLDebugScriptDataSource::QVLDebugScriptDataSource(QVLDebugTableView* tableView,
+                                                   std::shared_ptr<QVLScriptManager> scriptManager)
+    : m_tableView(tableView), m_scriptManager(std::move(scriptManager)) {
+    tableView->setViewDelegate(this);
+    tableView->setModel(this);
+    tableView->setRowHeight(kRowHeight);
+    if (!m_scriptManager) {
+        return;
+    }
+    m_scriptManager->fetchScriptsNow();
+    observe(kQVLScriptManagerDidFetchScriptsNotification);
+    observe(kQVLScriptManagerCurrentScriptNeedsReloadNotification);
+    reloadData(nullptr);
+}
+
+void QVLDebugScriptDataSource::observe(const char* name) {
+    m_observations.push_back(QVLNotificationCenter::defaultCenter().addObserver(
+        name, m_scriptManager, [this](const QVLNotification& notification) { reloadData(&notification); }));
+}
+
+void QVLDebugScriptDataSource::reloadData(const QVLNotification* /*notification*/) {
+    beginResetModel();
+    m_cachedCellInfo = qvl_scriptRows(*m_scriptManager);
+    ++m_loadCount;
+    endResetModel();
+}
+
+bool QVLDebugScriptDataSource::isGroupRow(int row) const {
+    return infoAtRow(row).isGroup;
+}
+
+QWidget* QVLDebugScriptDataSource::viewForTableColumn(int /*column*/, int row) {
+    const QVLDebugScriptCellInfo& info = infoAtRow(row);
+    auto* const cell =
+        new QVLScriptTableCellView(info.script, info.title, qvl_isCurrentScript(*m_scriptManager, *info.script));
+    cell->setDelegate(this);
+    return cell;
+}
+
+void QVLDebugScriptDataSource::scriptTableCellDidClickUseScript(QVLScriptTableCellView& cell) {
+    if (qvl_useScript(*m_scriptManager, cell.script())) {
+        reloadData(nullptr);
+    }
+}
+
+int QVLDebugScriptDataSource::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : numberOfRowsInTableView();
+}
+
+int QVLDebugScriptDataSource::columnCount(const QModelIndex& parent) const {
+    return parent.isValid() || !m_tableView ? 0 : static_cast<int>(m_tableView->columns().size());
+}
+
+QVariant QVLDebugScriptDataSource::data(const QModelIndex& index, int role) const {
+    if (!index.isValid() || index.row() >= numberOfRowsInTableView()) {
+        return {};
+    }
+    const QVLDebugScriptCellInfo& info = infoAtRow(index.row());
+    switch (role) {
+    case LabelRole:
+        return info.title ? QVariant(qvl_text(*info.title)) : QVariant();
+    case Qt::DisplayRole:
+    case ScriptRole:
+        return qvl_text(info.script->version().value_or(""));
+    case IsGroupRole:
+        return info.isGroup;
+    default:
+        return {};
+    }
+}
+
+QHash<int, QByteArray> QVLDebugScriptDataSource::roleNames() const {
+    QHash<int, QByteArray> names = QAbstractTableModel::roleNames();
+    names[LabelRole] = kQVLDebugCellLabelKey;
+    names[ScriptRole] = kQVLDebugCellScriptKey;
+    names[IsGroupRole] = kQVLDebugCellIsGroupKey;
+    return names;
+}
+
+std::string QVLDebugScriptDataSource::identifierForRow(int row) const {
+    return std::to_string(m_loadCount) + "." + std::to_string(row);
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QColor>
+#include <QIcon>
+#include <QPalette>
+
+#include <string>
+
+class QLabel;
+class QPushButton;
+class QWidget;
+
+/// True when the palette's windows are dark.
+[[nodiscard]] bool qvl_isDark(const QPalette& palette);
+
+/// A grey given for a light palette, from 0 (black) to 1 (white). A dark palette gets its counterpart: black becomes
+/// white, and the others are lifted so far that they stay readable.
+[[nodiscard]] QColor qvl_gray(double white, const QPalette& palette);
+
+/// Black or white, whichever reads better on the background.
+[[nodiscard]] QColor qvl_textColorOn(const QColor& background);
+
+/// Colours a widget's own text, and leaves what it contains alone.
+void qvl_setTextColor(QWidget& widget, const QColor& color);
+
+/// A template image of the library's resources, drawn in the colour of the text around it. Null when there is none.
+[[nodiscard]] QIcon qvl_templateIcon(const std::string& name);
+
+/// A label whose text can be selected with the mouse. A context menu asked for on it is its parent's.
+[[nodiscard]] QLabel* qvl_selectableLabel(QWidget* parent);
+
+/// A button for a bottom row: as low as its text allows, but not lower than the rows' 16 points.
+[[nodiscard]] QPushButton* qvl_lowButton(const std::string& title, QWidget* parent);

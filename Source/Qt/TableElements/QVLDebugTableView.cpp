@@ -1,0 +1,196 @@
+#include "QVLDebugTableView.h"
+
+#include "QVLDebugAppearance.h"
+
+#include <QContextMenuEvent>
+#include <QHeaderView>
+#include <QMenu>
+#include <QPainter>
+#include <QScrollBar>
+#include <QStyle>
+
+namespace {
+
+/// What a scroll bar takes away from the table, if the style's scroll bars do not lie over it.
+int legacyScrollerWidth(const QWidget& table) {
+    const bool isOverlay = table.style()->styleHint(QStyle::SH_ScrollBar_Transient, nullptr, &table) != 0;
+    return isOverlay ? 0 : table.style()->pixelMetric(QStyle::PM_ScrollBarExtent, nullptr, &table);
+}
+
+QVLDebugTableView::Column columnFrom(const QVLJSONDictionary& info) {
+    return {info.valueForKey(kQVLTableColumnIdentifier).qvl_castToStringValue().value_or(""),
+            info.valueForKey(kQVLTableColumnTitle).qvl_castToStringValue().value_or(""),
+            static_cast<int>(info.valueForKey(kQVLTableColumnWidth).qvl_castToIntegerValue())};
+}
+
+} // namespace
+
+QVLDebugTableView* QVLDebugTableView::tableViewWithFrame(const QRect& frame,
+                                                         const std::vector<QVLJSONDictionary>& columnInfo) {
+    std::vector<Column> columns;
+    for (const QVLJSONDictionary& info : columnInfo) {
+        columns.push_back(columnFrom(info));
+    }
+    auto* const table = new QVLDebugTableView(std::move(columns));
+    table->setGeometry(frame);
+    return table;
+}
+
+QVLDebugTableView::QVLDebugTableView(std::vector<Column> columns) : m_columns(std::move(columns)) {
+    setVerticalScrollMode(ScrollPerPixel);
+    setHorizontalScrollMode(ScrollPerPixel);
+    setEditTriggers(NoEditTriggers);
+    // Tab walks through the fields of the rows, not through cells.
+    setTabKeyNavigation(false);
+    verticalHeader()->hide();
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    verticalHeader()->setMinimumSectionSize(1);
+    horizontalHeader()->setStretchLastSection(true);
+}
+
+void QVLDebugTableView::setModel(QAbstractItemModel* model) {
+    QTableView::setModel(model);
+    const int scroller = legacyScrollerWidth(*this);
+    for (int column = 0; column < static_cast<int>(m_columns.size()); ++column) {
+        if (const int width = m_columns[static_cast<std::size_t>(column)].width) {
+            horizontalHeader()->setMinimumSectionSize(width - scroller);
+            setColumnWidth(column, width - scroller);
+        }
+    }
+    connect(model, &QAbstractItemModel::modelReset, this, [this] {
+        m_mustReload = true;
+        // The scroll bar has to know the number of rows before the rows are laid out.
+        updateGeometries();
+    });
+}
+
+void QVLDebugTableView::setRowHeight(int height) {
+    verticalHeader()->setDefaultSectionSize(height);
+    verticalScrollBar()->setSingleStep(height / 2);
+}
+
+int QVLDebugTableView::rowHeight() const {
+    return verticalHeader()->defaultSectionSize();
+}
+
+void QVLDebugTableView::setPlainStyle() {
+    setShowGrid(false);
+    setSelectionMode(NoSelection);
+    setFrameShape(NoFrame);
+    horizontalHeader()->hide();
+}
+
+QWidget* QVLDebugTableView::viewAtRow(int row) const {
+    const auto found = m_views.find(row);
+    return found == m_views.end() ? nullptr : found->second.view.data();
+}
+
+QSize QVLDebugTableView::sizeHint() const {
+    constexpr int kShownHeight = 448;
+    int width = 0;
+    for (const Column& column : m_columns) {
+        width += column.width;
+    }
+    return {width, kShownHeight};
+}
+
+void QVLDebugTableView::paintEvent(QPaintEvent* /*event*/) {
+    // The rows' views show everything but the lines between them.
+    QPainter painter(viewport());
+    constexpr double kLineGray = 0.85;
+    painter.setPen(qvl_gray(kLineGray, palette()));
+    const auto [first, last] = visibleRows();
+    for (int row = first; row <= last; ++row) {
+        const int bottom = rowViewportPosition(row) + rowHeight() - 1;
+        painter.drawLine(0, bottom, viewport()->width(), bottom);
+    }
+}
+
+void QVLDebugTableView::scrollContentsBy(int dx, int dy) {
+    QTableView::scrollContentsBy(dx, dy);
+    layOutRows();
+}
+
+void QVLDebugTableView::updateGeometries() {
+    QTableView::updateGeometries();
+    layOutRows();
+}
+
+void QVLDebugTableView::showEvent(QShowEvent* event) {
+    QTableView::showEvent(event);
+    layOutRows();
+}
+
+void QVLDebugTableView::contextMenuEvent(QContextMenuEvent* event) {
+    m_clickedRow = rowAt(event->pos().y());
+    if (m_menu) {
+        m_menu->popup(event->globalPos());
+    }
+}
+
+std::pair<int, int> QVLDebugTableView::visibleRows() const {
+    // By arithmetic: while the number of rows changes, the header does not know yet where a row is.
+    const int count = model() ? model()->rowCount() : 0;
+    const int offset = verticalHeader()->offset();
+    const int last = (offset + viewport()->height() - 1) / rowHeight();
+    return {std::max(offset / rowHeight(), 0), std::min(last, count - 1)};
+}
+
+QVLDebugTableView::RowView QVLDebugTableView::taken(RowViews& views, const std::string& identifier) {
+    for (auto entry = views.begin(); entry != views.end(); ++entry) {
+        if (entry->second.identifier == identifier) {
+            RowView view = std::move(entry->second);
+            views.erase(entry);
+            return view;
+        }
+    }
+    return {};
+}
+
+void QVLDebugTableView::layOutRows() {
+    if (!m_delegate || !isVisible()) {
+        return;
+    }
+    const bool mustReload = std::exchange(m_mustReload, false);
+    RowViews old = std::exchange(m_views, {});
+    bool hasNew = false;
+    const auto [first, last] = visibleRows();
+    for (int row = first; row <= last; ++row) {
+        const std::string identifier = m_delegate->identifierForRow(row);
+        RowView rowView = taken(old, identifier);
+        if (!rowView.view) {
+            rowView = {identifier, m_delegate->makeViewForRow(row)};
+            rowView.view->setParent(viewport());
+            hasNew = true;
+        } else if (mustReload) {
+            m_delegate->updateViewForRow(*rowView.view, row);
+        }
+        QRect area(0, rowViewportPosition(row), columnWidth(0), rowHeight() - 1);
+        area.translate(columnViewportPosition(0), 0);
+        rowView.view->setGeometry(area);
+        rowView.view->show();
+        m_views[row] = std::move(rowView);
+    }
+    for (const auto& [row, gone] : old) {
+        if (gone.view) {
+            // One of them may be what is being told of an edit right now.
+            gone.view->hide();
+            gone.view->deleteLater();
+        }
+    }
+    if (hasNew) {
+        updateTabOrder();
+    }
+}
+
+void QVLDebugTableView::updateTabOrder() {
+    QWidget* previous = this;
+    for (const auto& [row, rowView] : m_views) {
+        for (QWidget* const child : rowView.view->findChildren<QWidget*>()) {
+            if (child->focusPolicy() & Qt::TabFocus) {
+                setTabOrder(previous, child);
+                previous = child;
+            }
+        }
+    }
+}

@@ -1,0 +1,70 @@
+#include "QVLDebugValueButton.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+#include <QStyleOptionFocusRect>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kMargin = 2;
+/// An empty text must still offer something to press.
+constexpr int kLeastWidth = 40;
+/// Nothing longer is ever seen whole, and measuring megabytes of text takes its time.
+constexpr qsizetype kLongestShown = 1000;
+
+QString singleLine(const QString& text) {
+    QString line = text.left(kLongestShown);
+    std::replace_if(
+        line.begin(), line.end(), [](QChar letter) { return letter.isSpace() || letter.isNull(); }, QChar(' '));
+    return line;
+}
+
+} // namespace
+
+QVLDebugValueButton::QVLDebugValueButton(QWidget* parent) : QAbstractButton(parent) {
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred);
+    setFocusPolicy(Qt::StrongFocus);
+    setCursor(Qt::PointingHandCursor);
+}
+
+void QVLDebugValueButton::setAttributedText(const QString& text, const QFont& font, const QColor& color) {
+    setFont(font);
+    m_textColor = color;
+    setText(text);
+    setAccessibleName(text);
+    setToolTip(text.left(kLongestShown).toHtmlEscaped());
+    updateGeometry();
+    update();
+}
+
+QSize QVLDebugValueButton::sizeHint() const {
+    const int width = fontMetrics().horizontalAdvance(singleLine(text())) + 2 * kMargin + 1;
+    return {std::max(width, kLeastWidth), fontMetrics().height()};
+}
+
+QSize QVLDebugValueButton::minimumSizeHint() const {
+    return {kLeastWidth, fontMetrics().height()};
+}
+
+void QVLDebugValueButton::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        click();
+        return;
+    }
+    QAbstractButton::keyPressEvent(event);
+}
+
+void QVLDebugValueButton::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    const QRect area = rect().adjusted(kMargin, 0, -kMargin, 0);
+    painter.setPen(m_textColor);
+    painter.drawText(area, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
+                     fontMetrics().elidedText(singleLine(text()), Qt::ElideRight, area.width()));
+    if (hasFocus()) {
+        QStyleOptionFocusRect option;
+        option.initFrom(this);
+        style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter, this);
+    }
+}

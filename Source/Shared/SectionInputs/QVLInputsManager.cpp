@@ -1,0 +1,3 @@
+#include "QVLInputsManager.h"
+
+QVLInputsManager::~QVLInputsManager() = default;
