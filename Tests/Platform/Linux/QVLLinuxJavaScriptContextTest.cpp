@@ -213,11 +213,6 @@ TEST_F(QVLLinuxJavaScriptContextTest, ANativeFunctionReadsTheTextFormsOfItsArgum
 }
 
 TEST_F(QVLLinuxJavaScriptContextTest, ARunThatNeverEndsIsEndedFromAnotherThreadAndTheMachineGoesOn) {
-#ifdef __SANITIZE_THREAD__
-    // It holds back the signal with which the machine's collector stops a thread until that thread calls something that
-    // the sanitizer knows, which compiled loops never do.
-    GTEST_SKIP() << "The thread sanitizer and the machine's garbage collector can wait for each other.";
-#endif
     const std::vector<const char*> endless = {
         "() => { for (;;); }",
         "() => { try { for (;;); } finally { for (;;); } }",
