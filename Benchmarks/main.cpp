@@ -27,7 +27,7 @@ bool takeFlag(int& count, char** arguments, std::string_view flag) {
     return kept != end;
 }
 
-/// What a host without a logger pays for lines that nobody reads.
+/// Drops every line, so that no terminal is measured.
 class SilentLogger final : public QVLLogger {
     void logDebugFile(const char*, std::int32_t, const char*, const QVLObject*, const std::string&) override {}
     void logInfoFile(const char*, std::int32_t, const char*, const QVLObject*, const std::string&) override {}
