@@ -17,7 +17,9 @@ public:
 
     [[nodiscard]] ItemKind itemKindAtPath(const std::string& path) const override;
     [[nodiscard]] QVLResult<std::string> contentsOfFileAtPath(const std::string& path) const override;
-    [[nodiscard]] QVLOutcome writeAtomically(std::string_view data, const std::string& path) override;
+    using QVLFileManager::writeAtomically;
+    [[nodiscard]] QVLOutcome writeAtomically(std::string_view data, const std::string& path,
+                                             Durability durability) override;
     [[nodiscard]] QVLOutcome removeItemAtPath(const std::string& path) override;
     [[nodiscard]] QVLOutcome createDirectoryAtPath(const std::string& path, bool withIntermediateDirectories) override;
     [[nodiscard]] QVLResult<QVLDate> creationDateOfItemAtPath(const std::string& path) const override;

@@ -1,3 +1,4 @@
+#include "QVLJSONSerialization.h"
 #include "QVLLogMacros.h"
 #include "QVLQuorvel.h"
 
@@ -43,7 +44,9 @@ QVLJSONDictionary QVLQuorvel::loadOutputsCache() const {
 }
 
 void QVLQuorvel::saveOutputsCache(const QVLJSONDictionary& outputs) const {
-    QVLJSONStore::sharedStore()->saveJSONObject(outputs, pathInQuorvelDirectory(kQVLOutputsCacheFile));
+    // The next run makes it again, so no run waits for the disk.
+    QVLJSONStore::sharedStore()->saveJSONObject(outputs, pathInQuorvelDirectory(kQVLOutputsCacheFile),
+                                                QVLFileManager::Durability::Fleeting);
 }
 
 std::shared_ptr<QVLJournals> QVLQuorvel::loadJournals() const {
@@ -62,5 +65,12 @@ std::shared_ptr<QVLJournals> QVLQuorvel::loadJournals() const {
 }
 
 void QVLQuorvel::saveJournals() const {
-    QVLJSONStore::sharedStore()->saveJSONObject(m_journals->qvl_JSONObject(), pathInQuorvelDirectory(kQVLJournalsFile));
+    const QVLJSONStore& store = *QVLJSONStore::sharedStore();
+    const std::string path = pathInQuorvelDirectory(kQVLJournalsFile);
+    if (const QVLJSONWriteResult written = m_journals->publishedText()) {
+        store.saveJSONText(written.text, path);
+    } else {
+        // Says what cannot be written.
+        store.saveJSONObject(m_journals->publishedJSONObject(), path);
+    }
 }

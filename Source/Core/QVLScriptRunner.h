@@ -78,8 +78,8 @@ private:
         bool hasAny = false;
     };
     struct JournalsText {
-        QVLJSONDictionary events;
-        QVLJSONDictionary flags;
+        QVLJournalPages events;
+        QVLJournalPages flags;
         Text text;
     };
 

@@ -42,10 +42,9 @@ std::string QVLScriptRunner::gatherInputsJSONHasAny(bool* hasAny) const {
 }
 
 std::string QVLScriptRunner::gatherJournalsJSON() const {
-    const QVLJSONValue journals = m_journals->publishedJSONObject();
-    QVLJSONWriteResult written = QVLJSONSerialization::dataWithJSONObject(journals);
+    QVLJSONWriteResult written = m_journals->publishedText();
     if (!written) {
-        QVL_LOG_ERROR(engine().get(), "Invalid JSON object: %@", journals);
+        QVL_LOG_ERROR(engine().get(), "Invalid JSON object: %@", m_journals->publishedJSONObject());
         return kEmptyObject;
     }
     return std::move(written.text);
@@ -64,8 +63,8 @@ const QVLScriptRunner::InputsText& QVLScriptRunner::inputsText() {
 }
 
 const QVLScriptRunner::JournalsText& QVLScriptRunner::journalsText() {
-    const QVLJSONDictionary events = m_journals->eventCollection()->reportedItems();
-    const QVLJSONDictionary flags = m_journals->flagCollection()->reportedItems();
+    const QVLJournalPages events = m_journals->eventCollection()->publishedRecords();
+    const QVLJournalPages flags = m_journals->flagCollection()->publishedRecords();
     if (!m_journalsText || !m_journalsText->events.isIdentical(events) || !m_journalsText->flags.isIdentical(flags)) {
         m_journalsText = JournalsText{events, flags, m_platform->javaScriptEngine->makeText(gatherJournalsJSON())};
     }

@@ -28,9 +28,9 @@ QVLResult<std::string> FaultyFileManager::contentsOfFileAtPath(const std::string
     return error ? QVLResult<std::string>::failure(*error) : m_real->contentsOfFileAtPath(path);
 }
 
-QVLOutcome FaultyFileManager::writeAtomically(std::string_view data, const std::string& path) {
+QVLOutcome FaultyFileManager::writeAtomically(std::string_view data, const std::string& path, Durability durability) {
     const auto error = errorOf(writeFault, path);
-    return error ? QVLOutcome::failure(*error) : m_real->writeAtomically(data, path);
+    return error ? QVLOutcome::failure(*error) : m_real->writeAtomically(data, path, durability);
 }
 
 QVLOutcome FaultyFileManager::removeItemAtPath(const std::string& path) {

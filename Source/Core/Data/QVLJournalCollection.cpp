@@ -2,6 +2,8 @@
 
 #include "QVLLogMacros.h"
 
+#include <utility>
+
 namespace {
 
 bool isEmptyRecord(const QVLJSONValue& item) {
@@ -35,17 +37,46 @@ void QVLJournalCollection::setCollection(const QVLJSONDictionary& collection) {
     }
     // Whoever is told of the change may drop this collection.
     const std::shared_ptr<QVLJournalCollection> self = m_self.lock();
-    setOwnerOfRecords({});
+    disownRecords();
     QVLPropertyCollection::setCollection(collection);
-    setOwnerOfRecords(m_self);
+    ownRecords();
+    // While they belonged to nobody, records may have changed unseen.
+    m_mayHoldUnseenChanges = true;
 }
 
-void QVLJournalCollection::setOwnerOfRecords(const std::weak_ptr<QVLJournalCollection>& owner) const {
+void QVLJournalCollection::disownRecords() const {
     for (const QVLJSONDictionary::Entry& entry : collection()) {
         if (const auto record = entry.value.recordAs<QVLJournalObject>()) {
-            record->setCollection(owner);
+            record->setCollection({});
         }
     }
+}
+
+void QVLJournalCollection::ownRecords() const {
+    for (const QVLJSONDictionary::Entry& entry : collection()) {
+        if (const auto record = entry.value.recordAs<QVLJournalObject>()) {
+            // One that stands under several keys has none of its own.
+            const bool isSecondTime = record->collection().get() == this;
+            record->setCollection(m_self, isSecondTime ? QVLJSONString() : entry.key);
+        }
+    }
+}
+
+void QVLJournalCollection::recordDidChange(const QVLJSONString& key) {
+    if (key.text().empty() || std::exchange(m_mayHoldUnseenChanges, false)) {
+        processChangedCollectionItems();
+    } else {
+        processChangedItemForKey(key);
+    }
+}
+
+void QVLJournalCollection::willReport(const std::vector<QVLJSONDictionary::Entry>& changes) {
+    std::vector<QVLJSONDictionary::Entry> members;
+    members.reserve(changes.size());
+    for (const QVLJSONDictionary::Entry& change : changes) {
+        members.push_back({change.key, isEmptyRecord(change.value) ? QVLJSONValue() : change.value.qvl_JSONObject()});
+    }
+    m_pages.store(m_pages.load()->with(members));
 }
 
 std::shared_ptr<QVLJournalObject> QVLJournalCollection::nonNullObjectForKey(const std::string& key) {
@@ -58,10 +89,6 @@ std::shared_ptr<QVLJournalObject> QVLJournalCollection::nonNullObjectForKey(cons
 
 QVLJSONDictionary QVLJournalCollection::nonEmptyCollection() const {
     return withoutEmptyRecords(collectionWithOverrides());
-}
-
-QVLJSONDictionary QVLJournalCollection::publishedJSONObject() const {
-    return withoutEmptyRecords(reportedItems()).qvl_JSONObject().dictionaryOrEmpty();
 }
 
 bool QVLJournalCollection::considerItem(const QVLJSONValue& item, const QVLJSONValue& sameAsItem) const {

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "QVLJournalObject.h"
+#include "QVLJournalPages.h"
 #include "QVLPropertyCollection.h"
+#include "QVLPublished.h"
 
 /// Told of changes of a journal collection.
 class QVL_EXPORT QVLJournalCollectionDelegate : public QVLPropertyCollectionDelegate {};
@@ -10,7 +12,7 @@ class QVL_EXPORT QVLJournalCollectionDelegate : public QVLPropertyCollectionDele
 ///
 /// A property collection whose base layer holds records instead of plain values and that has no prefix in the user
 /// defaults. It makes records on first use, is told by its records when they change in place, and takes an empty record
-/// and a missing one for the same. Main thread, but for `publishedJSONObject`.
+/// and a missing one for the same. Main thread, but for `publishedRecords`.
 class QVL_EXPORT QVLJournalCollection final : public QVLPropertyCollection {
 public:
     /// An empty collection. A class that does not derive from `QVLJournalObject` fails an assertion.
@@ -27,8 +29,11 @@ public:
     /// The merged records that are not empty.
     [[nodiscard]] QVLJSONDictionary nonEmptyCollection() const;
 
-    /// What was last reported, without the empty records, as plain JSON. Any thread.
-    [[nodiscard]] QVLJSONDictionary publishedJSONObject() const;
+    /// What was last reported, without the empty records. Any thread.
+    [[nodiscard]] QVLJournalPages publishedRecords() const { return *m_pages.load(); }
+
+    /// Called by the record under the key when it has changed: reports it, if it differs from the last report.
+    void recordDidChange(const QVLJSONString& key);
 
     /// An empty record and a missing one are the same; records otherwise compare with `isEqual`.
     [[nodiscard]] bool considerItem(const QVLJSONValue& item, const QVLJSONValue& sameAsItem) const override;
@@ -40,8 +45,12 @@ public:
 
 private:
     explicit QVLJournalCollection(const QVLRecordClass& journalClass) : m_journalClass(journalClass) {}
-    void setOwnerOfRecords(const std::weak_ptr<QVLJournalCollection>& owner) const;
+    void disownRecords() const;
+    void ownRecords() const;
+    void willReport(const std::vector<QVLJSONDictionary::Entry>& changes) override;
 
     QVLRecordClass m_journalClass;
+    QVLPublished<QVLJournalPages> m_pages;
+    bool m_mayHoldUnseenChanges = false;
     std::weak_ptr<QVLJournalCollection> m_self;
 };

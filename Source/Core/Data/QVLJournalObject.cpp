@@ -60,7 +60,7 @@ std::shared_ptr<QVLJournalObject> QVLJournalObject::copyOfFields() const {
 void QVLJournalObject::reportChange() {
     keepJSONObject();
     if (const auto collection = m_collection.lock()) {
-        collection->processChangedCollectionItems();
+        collection->recordDidChange(m_key);
     }
 }
 

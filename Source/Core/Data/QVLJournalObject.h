@@ -39,9 +39,13 @@ public:
     /// A record of the same class with every field, owned by the same collection. Reports nothing.
     [[nodiscard]] std::shared_ptr<QVLJSONSerializable> copy() const override;
 
-    /// The collection that is told of changes, or null. Set and cleared by the collection; held weakly.
+    /// The collection that is told of changes, or null. Set and cleared by the collection; held weakly. The key is the
+    /// one that the record stands under; without one, the collection looks through all its records for what changed.
     [[nodiscard]] std::shared_ptr<QVLJournalCollection> collection() const { return m_collection.lock(); }
-    void setCollection(const std::weak_ptr<QVLJournalCollection>& collection) { m_collection = collection; }
+    void setCollection(const std::weak_ptr<QVLJournalCollection>& collection, QVLJSONString key = {}) {
+        m_collection = collection;
+        m_key = std::move(key);
+    }
 
     [[nodiscard]] std::string className() const override { return "QVLJournalObject"; }
 
@@ -56,6 +60,7 @@ protected:
 
 private:
     std::weak_ptr<QVLJournalCollection> m_collection;
+    QVLJSONString m_key;
     /// Nothing for a new record. Written on the main thread alone; what other threads see are copies.
     QVLJSONValue m_JSONObject;
 };

@@ -11,6 +11,12 @@ constexpr const char* kObsoleteLastTimeShown = "lastTimeShown";
 constexpr const char* kObsoleteShownCount = "shownCount";
 constexpr const char* kObsoleteOptedOut = "optedOut";
 
+// The compact text of the file form around the two collections, as the writer would make it.
+constexpr const char* kTextBeforeEvents = R"({"__version__":1,"events":)";
+constexpr const char* kTextBeforeFlags = R"(,"flags":)";
+constexpr const char* kTextAfterFlags = "}";
+constexpr std::size_t kLongestFrame = 64;
+
 template <class Record>
 constexpr QVLRecordClass journalClassOf(const char* name) {
     return {name,
@@ -138,7 +144,24 @@ QVLJSONValue QVLJournals::qvl_JSONObject() const {
 }
 
 QVLJSONValue QVLJournals::publishedJSONObject() const {
-    return fileForm(m_eventCollection->publishedJSONObject(), m_flagCollection->publishedJSONObject());
+    return fileForm(m_eventCollection->publishedRecords().dictionary(),
+                    m_flagCollection->publishedRecords().dictionary());
+}
+
+QVLJSONWriteResult QVLJournals::publishedText() const {
+    const QVLJournalPages events = m_eventCollection->publishedRecords();
+    const QVLJournalPages flags = m_flagCollection->publishedRecords();
+    if (!events.isWritable() || !flags.isWritable()) {
+        return QVLJSONSerialization::dataWithJSONObject(publishedJSONObject());
+    }
+    std::string text;
+    text.reserve(kLongestFrame + events.compactTextSize() + flags.compactTextSize());
+    text += kTextBeforeEvents;
+    events.appendCompactText(text);
+    text += kTextBeforeFlags;
+    flags.appendCompactText(text);
+    text += kTextAfterFlags;
+    return {std::move(text), {}};
 }
 
 bool QVLJournals::loadFromJSONObject(const QVLJSONValue& JSONObject) {

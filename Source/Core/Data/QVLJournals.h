@@ -1,5 +1,6 @@
 #pragma once
 
+#include "QVLJSONSerialization.h"
 #include "QVLJournalCollection.h"
 #include "QVLJournalEvent.h"
 #include "QVLJournalFlag.h"
@@ -31,7 +32,7 @@ class QVL_EXPORT QVLEventSessionLink final {};
 ///
 /// Records are made on first use and changed in place; every change reaches the delegate, which for an engine's
 /// journals saves the file, posts and evaluates. A *session event* is counted at most once per session of the host.
-/// Main thread, but for `publishedJSONObject`.
+/// Main thread, but for what is published.
 class QVL_EXPORT QVLJournals final : public QVLJSONCompatible,
                                      public QVLJournalCollectionDelegate,
                                      public std::enable_shared_from_this<QVLJournals> {
@@ -65,6 +66,8 @@ public:
     [[nodiscard]] QVLJSONValue qvl_JSONObject() const override;
     /// The same form as of the last reported change. Any thread.
     [[nodiscard]] QVLJSONValue publishedJSONObject() const;
+    /// Its compact text, of which only what changed is written anew. Any thread.
+    [[nodiscard]] QVLJSONWriteResult publishedText() const;
 
     /// Replaces both collections with what the value holds in the file form or in the older one without a version.
     /// False, with one error line and nothing loaded, for a value that is no object or has another version. Throws

@@ -3,6 +3,8 @@
 #include "QVLLogMacros.h"
 #include "QVLPublished.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 struct QVLPropertyCollection::Layers {
@@ -22,14 +24,61 @@ struct QVLPropertyCollection::Layers {
     [[nodiscard]] bool mayFindDefaults() const { return !overrideDefaultsPrefix.empty() && !defaultsOverrides; }
 };
 
-struct QVLPropertyCollection::State {
-    QVLPublished<Layers> layers;
-    QVLPublished<QVLJSONDictionary> snapshot;
-};
-
 namespace {
 
 using Entry = QVLJSONDictionary::Entry;
+
+bool comesBefore(const Entry& a, const Entry& b) {
+    return a.key < b.key;
+}
+
+template <class Items>
+auto lowerBound(Items& items, std::string_view key) {
+    return std::lower_bound(items.begin(), items.end(), key,
+                            [](const Entry& item, std::string_view wanted) { return item.key.text() < wanted; });
+}
+
+/// What was last reported, in the order of the keys. Main thread; changed in place, since most changes are small.
+class Snapshot {
+public:
+    [[nodiscard]] const Entry* begin() const { return m_items.data(); }
+    [[nodiscard]] const Entry* end() const { return m_items.data() + m_items.size(); }
+
+    [[nodiscard]] QVLJSONValue valueForKey(std::string_view key) const {
+        const auto position = lowerBound(m_items, key);
+        return position != m_items.end() && position->key == key ? position->value : QVLJSONValue();
+    }
+
+    /// Takes over the changes, which stand in the order of their keys; nothing removes an item.
+    void apply(const std::vector<Entry>& changes) {
+        std::vector<Entry> added;
+        bool isAnyGone = false;
+        for (const Entry& change : changes) {
+            const auto position = lowerBound(m_items, change.key);
+            if (position == m_items.end() || !(position->key == change.key)) {
+                added.push_back(change);
+            } else {
+                position->value = change.value;
+            }
+            isAnyGone = isAnyGone || change.value.isNothing();
+        }
+        insert(std::move(added));
+        if (isAnyGone) {
+            std::erase_if(m_items, [](const Entry& item) { return item.value.isNothing(); });
+        }
+    }
+
+private:
+    void insert(std::vector<Entry> added) {
+        const auto oldCount = static_cast<std::ptrdiff_t>(m_items.size());
+        m_items.insert(m_items.end(), std::make_move_iterator(added.begin()), std::make_move_iterator(added.end()));
+        if (oldCount > 0 && !added.empty()) {
+            std::inplace_merge(m_items.begin(), m_items.begin() + oldCount, m_items.end(), comesBefore);
+        }
+    }
+
+    std::vector<Entry> m_items;
+};
 
 QVLJSONDictionary userDefaultsUnderPrefix(const std::string& prefix) {
     const QVLJSONDictionary all = QVLUserDefaults::standardUserDefaults()->dictionaryRepresentation();
@@ -40,10 +89,9 @@ QVLJSONDictionary userDefaultsUnderPrefix(const std::string& prefix) {
     return QVLJSONDictionary(std::move(found));
 }
 
-/// Walks two dictionaries in the order of their keys and hands over each key with both values, nothing where one lacks
-/// it.
+/// Walks both in the order of their keys and hands over each key with both values, nothing where one lacks it.
 template <class Visit>
-void forEachKeyOfBoth(const QVLJSONDictionary& current, const QVLJSONDictionary& previous, Visit visit) {
+void forEachKeyOfBoth(const QVLJSONDictionary& current, const Snapshot& previous, Visit visit) {
     static const QVLJSONValue kNothing{};
     auto ours = current.begin();
     auto theirs = previous.begin();
@@ -59,6 +107,11 @@ void forEachKeyOfBoth(const QVLJSONDictionary& current, const QVLJSONDictionary&
 }
 
 } // namespace
+
+struct QVLPropertyCollection::State {
+    QVLPublished<Layers> layers;
+    Snapshot snapshot;
+};
 
 QVLPropertyCollectionDelegate::~QVLPropertyCollectionDelegate() = default;
 
@@ -173,39 +226,43 @@ std::shared_ptr<const QVLPropertyCollection::Layers> QVLPropertyCollection::laye
 
 void QVLPropertyCollection::processChangedCollectionItems() {
     QVL_ASSERT_MAIN_THREAD(this);
-    const std::vector<std::string> changedKeys = refreshSnapshot();
-    if (changedKeys.empty()) {
+    std::vector<Entry> changes;
+    forEachKeyOfBoth(collectionWithOverrides(), m_state->snapshot,
+                     [&](const QVLJSONString& key, const QVLJSONValue& now, const QVLJSONValue& before) {
+                         if (!considerItem(now, before)) {
+                             changes.push_back({key, now.copy()});
+                         }
+                     });
+    report(changes);
+}
+
+void QVLPropertyCollection::processChangedItemForKey(const QVLJSONString& key) {
+    QVL_ASSERT_MAIN_THREAD(this);
+    const QVLJSONValue now = mergedValueForKey(key);
+    const QVLJSONValue before = m_state->snapshot.valueForKey(key);
+    const bool isAnywhere = !now.isNothing() || !before.isNothing();
+    if (isAnywhere && !considerItem(now, before)) {
+        report({{key, now.copy()}});
+    }
+}
+
+void QVLPropertyCollection::report(const std::vector<Entry>& changes) {
+    if (changes.empty()) {
         return;
+    }
+    m_state->snapshot.apply(changes);
+    willReport(changes);
+    std::vector<std::string> changedKeys;
+    changedKeys.reserve(changes.size());
+    for (const Entry& change : changes) {
+        changedKeys.push_back(change.key.text());
     }
     if (const auto delegate = m_delegate.lock()) {
         delegate->collection(*this, changedKeys);
     }
 }
 
-std::vector<std::string> QVLPropertyCollection::refreshSnapshot() {
-    const QVLJSONDictionary previous = reportedItems();
-    const QVLJSONDictionary current = collectionWithOverrides();
-    std::vector<std::string> changedKeys;
-    std::vector<Entry> snapshot;
-    snapshot.reserve(current.count());
-    forEachKeyOfBoth(current, previous,
-                     [&](const QVLJSONString& key, const QVLJSONValue& now, const QVLJSONValue& before) {
-                         const bool isSame = considerItem(now, before);
-                         if (!isSame) {
-                             changedKeys.push_back(key.text());
-                         }
-                         // What is judged the same stays as it was reported, a missing entry included.
-                         snapshot.push_back({key, isSame ? before : now.copy()});
-                     });
-    if (!changedKeys.empty()) {
-        m_state->snapshot.store(QVLJSONDictionary(std::move(snapshot)));
-    }
-    return changedKeys;
-}
-
-QVLJSONDictionary QVLPropertyCollection::reportedItems() const {
-    return *m_state->snapshot.load();
-}
+void QVLPropertyCollection::willReport(const std::vector<Entry>& /*changes*/) {}
 
 bool QVLPropertyCollection::considerItem(const QVLJSONValue& item, const QVLJSONValue& sameAsItem) const {
     return !item.isNothing() && item == sameAsItem;

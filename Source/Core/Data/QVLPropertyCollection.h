@@ -1,6 +1,6 @@
 #pragma once
 
-#include "QVLJSONValue.h"
+#include "QVLJSONDictionary.h"
 #include "QVLObject.h"
 
 #include <memory>
@@ -74,9 +74,6 @@ public:
     /// (asserted; the work goes on elsewhere too).
     void processChangedCollectionItems();
 
-    /// The merged view as of the last report: copies that nobody changes. Any thread.
-    [[nodiscard]] QVLJSONDictionary reportedItems() const;
-
     /// The test of change detection: whether a current value is the same as a previous one. Either may be nothing; a
     /// missing current value is never the same as anything.
     [[nodiscard]] virtual bool considerItem(const QVLJSONValue& item, const QVLJSONValue& sameAsItem) const;
@@ -86,12 +83,18 @@ public:
 protected:
     QVLPropertyCollection();
 
+    /// The same for one key alone, for who knows that no other can have changed.
+    void processChangedItemForKey(const QVLJSONString& key);
+    /// Called before the delegate, with copies of the changed values in the order of their keys; nothing for one that
+    /// went away.
+    virtual void willReport(const std::vector<QVLJSONDictionary::Entry>& changes);
+
 private:
     struct Layers;
     struct State;
 
     [[nodiscard]] std::shared_ptr<const Layers> layers() const;
-    [[nodiscard]] std::vector<std::string> refreshSnapshot();
+    void report(const std::vector<QVLJSONDictionary::Entry>& changes);
 
     std::unique_ptr<State> m_state;
     std::weak_ptr<QVLPropertyCollectionDelegate> m_delegate;

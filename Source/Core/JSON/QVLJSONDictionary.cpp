@@ -31,10 +31,22 @@ bool hasSameKey(const Entry& a, const Entry& b) {
     return a.key == b.key;
 }
 
+/// Keeps the order of equal keys. Small ones, as most are, are sorted without the memory that the library's sort takes.
+void sortByKey(std::vector<Entry>& entries) {
+    constexpr std::size_t kSmall = 24;
+    if (entries.size() > kSmall) {
+        std::stable_sort(entries.begin(), entries.end(), comesBefore);
+        return;
+    }
+    for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
+        std::rotate(std::upper_bound(entries.begin(), entry, *entry, comesBefore), entry, std::next(entry));
+    }
+}
+
 std::vector<Entry> sortedAndUnique(std::vector<Entry> entries) {
     std::erase_if(entries, [](const Entry& entry) { return entry.value.isNothing(); });
     if (!std::is_sorted(entries.begin(), entries.end(), comesBefore)) {
-        std::stable_sort(entries.begin(), entries.end(), comesBefore);
+        sortByKey(entries);
     }
     // Of equal keys the sort left the one given first in front, and that one stays.
     entries.erase(std::unique(entries.begin(), entries.end(), hasSameKey), entries.end());
@@ -148,8 +160,11 @@ QVLJSONDictionary QVLJSONDictionary::withValueForKey(QVLJSONValue value, const Q
 }
 
 QVLJSONDictionary QVLJSONDictionary::withCompactText() const {
+    if (isEmpty()) {
+        return *this;
+    }
     QVLJSONWriteResult written = QVLJSONSerialization::dataWithJSONObject(*this);
-    if (isEmpty() || !written) {
+    if (!written) {
         return *this;
     }
     return QVLJSONDictionary(QVLJSONNodePointer<Node>::adopt(new Node(m_node->entries, std::move(written.text))));

@@ -11,7 +11,9 @@
 #include <rapidjson/reader.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
+#include <functional>
 #include <optional>
 #include <system_error>
 #include <vector>
@@ -62,6 +64,21 @@ std::optional<QVLJSONValue> numberFromText(std::string_view text) {
     return isBeyondLargest(text) ? std::nullopt : std::optional<QVLJSONValue>(0.0);
 }
 
+/// Gives one key for the many times that a document names its members alike, as a list of records does.
+class KeyTable {
+public:
+    const QVLJSONString& keyFor(std::string_view text) {
+        QVLJSONString& kept = m_keys[std::hash<std::string_view>()(text) % m_keys.size()];
+        if (!(kept == text)) {
+            kept = QVLJSONString(text);
+        }
+        return kept;
+    }
+
+private:
+    std::array<QVLJSONString, 64> m_keys;
+};
+
 /// Builds values bottom up. Open containers are stacked; a finished one becomes a value of the one around it.
 class ValueBuilder : public json::BaseReaderHandler<json::UTF8<>, ValueBuilder> {
 public:
@@ -82,7 +99,7 @@ public:
         if (!isAcceptable({text, length})) {
             return false;
         }
-        m_keys.emplace_back(std::string_view(text, length));
+        m_keys.push_back(m_keyTable.keyFor({text, length}));
         return true;
     }
     bool StartObject() { return open(); }
@@ -137,6 +154,7 @@ private:
 
     std::vector<QVLJSONValue> m_values;
     std::vector<QVLJSONString> m_keys;
+    KeyTable m_keyTable;
     std::size_t m_level = 0;
     std::string m_refusal;
 };

@@ -49,7 +49,7 @@ QVLJSONValue QVLJSONStore::loadJSONObjectFromFileAtPath(const std::string& path)
     return {};
 }
 
-void QVLJSONStore::saveJSONObject(const QVLJSONValue& object, const std::string& toPath) const {
+void QVLJSONStore::saveJSONObject(const QVLJSONValue& object, const std::string& toPath, Durability durability) const {
     const QVLJSONWriteResult data = QVLJSONSerialization::dataWithJSONObject(object);
     if (!data) {
         // Writing finds what is not valid, so that a good object is walked through only once.
@@ -60,11 +60,15 @@ void QVLJSONStore::saveJSONObject(const QVLJSONValue& object, const std::string&
         }
         return;
     }
+    saveJSONText(data.text, toPath, durability);
+}
+
+void QVLJSONStore::saveJSONText(std::string_view text, const std::string& toPath, Durability durability) const {
     if (fileManager()->itemKindAtPath(toPath) == QVLFileManager::ItemKind::Directory) {
         QVL_LOG_ERROR(this, "Found directory instead of a JSON file at path: '%@'.", toPath);
         deleteItemAtPathIfExists(toPath);
     }
-    if (const QVLOutcome written = fileManager()->writeAtomically(data.text, toPath); !written) {
+    if (const QVLOutcome written = fileManager()->writeAtomically(text, toPath, durability); !written) {
         QVL_LOG_ERROR(this, "Could not save file: '%@', error: %@", toPath, written.error);
     }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "QVLFileManager.h"
 #include "QVLJSONValue.h"
 #include "QVLObject.h"
 
@@ -13,6 +14,8 @@
 /// Any thread; two threads never write one path at once.
 class QVL_EXPORT QVLJSONStore final : public QVLObject {
 public:
+    using Durability = QVLFileManager::Durability;
+
     /// The process's store, made on first use. Any thread.
     [[nodiscard]] static const std::shared_ptr<QVLJSONStore>& sharedStore();
 
@@ -27,7 +30,11 @@ public:
     /// Replaces the file with the value, atomically: a reader sees the old document or the new one. A directory at the
     /// path is deleted first. A value that is not valid JSON, or a failed write, is logged and leaves the file as it
     /// was.
-    void saveJSONObject(const QVLJSONValue& object, const std::string& toPath) const;
+    void saveJSONObject(const QVLJSONValue& object, const std::string& toPath,
+                        Durability durability = Durability::Durable) const;
+    /// The same for a document that is compact JSON text already.
+    void saveJSONText(std::string_view text, const std::string& toPath,
+                      Durability durability = Durability::Durable) const;
 
     /// Removes what stands at the path, a directory with all its content; nothing there is no failure. The removal is
     /// announced at error level.

@@ -19,6 +19,25 @@ bool isTrail(char16_t unit) {
     return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
+/// Looked at in blocks, which the compiler makes into a few instructions each.
+std::size_t asciiUnitCount(std::u16string_view text) {
+    constexpr std::size_t kBlock = 64;
+    std::size_t position = 0;
+    for (; position + kBlock <= text.size(); position += kBlock) {
+        unsigned bits = 0;
+        for (const char16_t unit : text.substr(position, kBlock)) {
+            bits |= unit;
+        }
+        if (bits >= 0x80) {
+            break;
+        }
+    }
+    while (position < text.size() && text[position] < 0x80) {
+        ++position;
+    }
+    return position;
+}
+
 void appendThreeBytes(std::string& text, char16_t unit) {
     text += static_cast<char>(0xE0 | (unit >> 12));
     text += static_cast<char>(0x80 | ((unit >> 6) & 0x3F));
@@ -68,10 +87,10 @@ std::u16string qvl::UTF16FromUTF8(std::string_view text) {
 }
 
 std::string qvl::UTF8FromUTF16(std::u16string_view text) {
-    const auto firstWide = std::find_if(text.begin(), text.end(), [](char16_t unit) { return unit >= 0x80; });
-    const auto asciiLength = static_cast<std::size_t>(firstWide - text.begin());
+    const std::size_t asciiLength = asciiUnitCount(text);
     std::string result(asciiLength, '\0');
-    std::transform(text.begin(), firstWide, result.begin(), [](char16_t unit) { return static_cast<char>(unit); });
+    std::transform(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(asciiLength), result.begin(),
+                   [](char16_t unit) { return static_cast<char>(unit); });
     for (std::size_t position = asciiLength; position < text.size(); ++position) {
         const char16_t unit = text[position];
         if (isLead(unit) && position + 1 < text.size() && isTrail(text[position + 1])) {

@@ -3,7 +3,10 @@
 #include "QVLLinuxFileDescriptor.h"
 
 #include <array>
+#include <atomic>
 #include <cerrno>
+#include <cinttypes>
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <random>
@@ -53,18 +56,24 @@ std::string withoutLinks(const std::string& path) {
     return target.string();
 }
 
-std::string randomName() {
-    std::random_device random;
+/// A name that no other write takes: drawn once for the process, then counted on.
+std::string uniqueName() {
+    static std::atomic<std::uint64_t> next = [] {
+        std::random_device random;
+        return (std::uint64_t{random()} << 32) | random();
+    }();
     std::array<char, 32> name;
-    const int length = std::snprintf(name.data(), name.size(), ".quorvel-%08x%08x", random(), random());
+    const int length = std::snprintf(name.data(), name.size(), ".quorvel-%016" PRIx64, next++);
     return {name.data(), static_cast<std::size_t>(length)};
 }
 
 /// A new file beside the target, which replaces the target on `commit` and is gone otherwise.
 class Replacement {
 public:
-    explicit Replacement(const std::string& target)
-        : m_target(target), m_path((fs::path(target).parent_path() / randomName()).string()) {}
+    Replacement(const std::string& target, QVLFileManager::Durability durability)
+        : m_target(target),
+          m_path((fs::path(target).parent_path() / uniqueName()).string()),
+          m_isDurable(durability == QVLFileManager::Durability::Durable) {}
     Replacement(const Replacement&) = delete;
     Replacement& operator=(const Replacement&) = delete;
     ~Replacement() {
@@ -92,7 +101,7 @@ public:
         if (!file.writeAll(data.data(), data.size())) {
             return QVLOutcome::failure(lastReason("write"));
         }
-        if (!file.synchronize()) {
+        if (m_isDurable && !file.synchronize()) {
             return QVLOutcome::failure(lastReason("fsync"));
         }
         return file.close() ? QVLOutcome::success() : QVLOutcome::failure(lastReason("close"));
@@ -103,7 +112,9 @@ public:
             return QVLOutcome::failure(lastReason("rename"));
         }
         m_isMade = false;
-        synchronizeDirectory();
+        if (m_isDurable) {
+            synchronizeDirectory();
+        }
         return QVLOutcome::success();
     }
 
@@ -120,6 +131,7 @@ private:
 
     std::string m_target;
     std::string m_path;
+    bool m_isDurable;
     bool m_isMade = false;
 };
 
@@ -154,11 +166,11 @@ QVLResult<std::string> QVLLinuxFileManager::contentsOfFileAtPath(const std::stri
     return file.readAll(data) ? Result::success(std::move(data)) : Result::failure(lastReason("read"));
 }
 
-QVLOutcome QVLLinuxFileManager::writeAtomically(std::string_view data, const std::string& path) {
+QVLOutcome QVLLinuxFileManager::writeAtomically(std::string_view data, const std::string& path, Durability durability) {
     if (!isUsable(path)) {
         return QVLOutcome::failure(lastReason("open"));
     }
-    Replacement replacement(withoutLinks(path));
+    Replacement replacement(withoutLinks(path), durability);
     const QVLOutcome written = replacement.write(data);
     return written ? replacement.commit() : written;
 }

@@ -11,7 +11,9 @@ class QVLLinuxFileManager final : public QVLFileManager {
 public:
     [[nodiscard]] ItemKind itemKindAtPath(const std::string& path) const override;
     [[nodiscard]] QVLResult<std::string> contentsOfFileAtPath(const std::string& path) const override;
-    [[nodiscard]] QVLOutcome writeAtomically(std::string_view data, const std::string& path) override;
+    using QVLFileManager::writeAtomically;
+    [[nodiscard]] QVLOutcome writeAtomically(std::string_view data, const std::string& path,
+                                             Durability durability) override;
     /// A symbolic link is removed itself, never what it leads to.
     [[nodiscard]] QVLOutcome removeItemAtPath(const std::string& path) override;
     [[nodiscard]] QVLOutcome createDirectoryAtPath(const std::string& path, bool withIntermediateDirectories) override;
