@@ -41,7 +41,13 @@ JSStringRef BareScript::makeString(const std::string& text) {
     return JSStringCreateWithUTF8CString(text.c_str());
 }
 
-std::size_t BareScript::run(JSStringRef inputs, JSStringRef journals) {
+std::string BareScript::bytesOf(JSStringRef text) {
+    std::string bytes(JSStringGetMaximumUTF8CStringSize(text), '\0');
+    bytes.resize(JSStringGetUTF8CString(text, bytes.data(), bytes.size()) - 1);
+    return bytes;
+}
+
+JSStringRef BareScript::answer(JSStringRef inputs, JSStringRef journals) {
     const std::array<JSValueRef, 2> arguments = {JSValueMakeString(m_context, inputs),
                                                  JSValueMakeString(m_context, journals)};
     const JSValueRef answer =
@@ -50,6 +56,11 @@ std::size_t BareScript::run(JSStringRef inputs, JSStringRef journals) {
     if (!text) {
         throw std::runtime_error("the workload's script failed");
     }
+    return text;
+}
+
+std::size_t BareScript::run(JSStringRef inputs, JSStringRef journals) {
+    const JSStringRef text = answer(inputs, journals);
     const JSChar* const characters = JSStringGetCharactersPtr(text);
     const std::size_t length = JSStringGetLength(text);
     const bool isObject = length > 1 && characters[0] == '{';
@@ -60,14 +71,17 @@ std::size_t BareScript::run(JSStringRef inputs, JSStringRef journals) {
     return length;
 }
 
-void writeBare(const std::string& bytes, const std::string& path) {
+void writeBare(const std::string& bytes, const std::string& path, bool isDurable) {
     const std::string aside = path + ".aside";
     const int file = ::open(aside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     const bool isWritten = file >= 0 && ::write(file, bytes.data(), bytes.size()) == static_cast<ssize_t>(bytes.size());
-    if (!isWritten || ::fsync(file) != 0 || ::close(file) != 0 || std::rename(aside.c_str(), path.c_str()) != 0) {
+    const bool isSynchronized = isWritten && (!isDurable || ::fsync(file) == 0);
+    if (!isSynchronized || ::close(file) != 0 || std::rename(aside.c_str(), path.c_str()) != 0) {
         throw std::runtime_error("cannot write " + path);
     }
-    const int directory = ::open(path.substr(0, path.rfind('/')).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    ::fsync(directory);
-    ::close(directory);
+    if (isDurable) {
+        const int directory = ::open(path.substr(0, path.rfind('/')).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        ::fsync(directory);
+        ::close(directory);
+    }
 }

@@ -2,8 +2,12 @@
 
 #include <JavaScriptCore/JavaScript.h>
 
+#include <chrono>
 #include <cstddef>
 #include <string>
+
+/// How long everything runs before it is measured: the machine compiles in several stages what runs often.
+inline constexpr std::chrono::milliseconds kWarmUp(1200);
 
 /// The floor: the JavaScript engine alone, with the script and nothing of the library's around it.
 class BareScript final {
@@ -15,9 +19,13 @@ public:
 
     /// An engine string; the caller releases it.
     [[nodiscard]] static JSStringRef makeString(const std::string& text);
+    [[nodiscard]] static std::string bytesOf(JSStringRef text);
 
-    /// Calls `process` with the two texts and takes the answer's characters; returns how many there are.
+    /// Calls `process` with the two texts; the caller releases the answer.
+    [[nodiscard]] JSStringRef answer(JSStringRef inputs, JSStringRef journals);
+    /// The same, taking the answer's characters; returns how many there are.
     std::size_t run(JSStringRef inputs, JSStringRef journals);
+    [[nodiscard]] JSGlobalContextRef context() const { return m_context; }
 
 private:
     JSGlobalContextRef m_context;
@@ -26,4 +34,4 @@ private:
 };
 
 /// The other floor: the bytes in place of the file, as safely as the library writes them, and nothing else.
-void writeBare(const std::string& bytes, const std::string& path);
+void writeBare(const std::string& bytes, const std::string& path, bool isDurable = true);

@@ -1,5 +1,6 @@
 #include "EngineUnderLoad.h"
 
+#include "BareScript.h"
 #include "QVLNotificationCenter.h"
 
 #include <filesystem>
@@ -34,6 +35,17 @@ EngineUnderLoad::~EngineUnderLoad() {
 void EngineUnderLoad::waitForChange(std::size_t changesBefore) const {
     while (m_changeCount == changesBefore) {
         QVLMainRunLoop::mainRunLoop()->runOnce(kLongestWait);
+    }
+}
+
+void EngineUnderLoad::warmUp(const Workload& workload) const {
+    const QVLJSONDictionary inputs[2] = {workload.inputs(0), workload.inputs(1)};
+    const auto end = std::chrono::steady_clock::now() + kWarmUp;
+    while (std::chrono::steady_clock::now() < end) {
+        for (int change = 0; change < 10; ++change) {
+            m_engine->setInputs(inputs[change % 2]);
+        }
+        waitForQueue();
     }
 }
 

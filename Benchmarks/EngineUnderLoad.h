@@ -23,6 +23,8 @@ public:
     [[nodiscard]] std::size_t changeCount() const { return m_changeCount; }
     /// Runs the main run loop until the queue has nothing left to do.
     void waitForQueue() const;
+    /// Changes the inputs for as long as it takes until the script's machine gets no faster.
+    void warmUp(const Workload& workload) const;
 
 private:
     std::shared_ptr<QVLQuorvel> m_engine;

@@ -1,14 +1,15 @@
-#include "BareScript.h"
+#include "BareHost.h"
 #include "EngineUnderLoad.h"
 #include "Measurement.h"
 #include "QVLJSONSerialization.h"
 #include "TemporaryDirectory.h"
 
-// One change of the inputs, from the host's call to the host's notification, against the script alone.
+// One change of the inputs, from the host's call to the host's notification.
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
+constexpr const char* kAgainstScript = "One change of the inputs, against the script alone";
+constexpr const char* kAgainstHost = "One change of the inputs, against a bare host";
 
 /// The same two texts of inputs in turn, so that each run has new ones.
 struct Texts {
@@ -29,30 +30,74 @@ struct Texts {
     JSStringRef journals;
 };
 
-void bareRun(benchmark::State& state, const Workload& workload) {
-    BareScript script(workload.script());
-    const Texts texts(workload);
-    std::size_t variation = 0;
-    for (auto _ : state) {
-        const auto begin = Clock::now();
-        benchmark::DoNotOptimize(script.run(texts.inputs[++variation % 2], texts.journals));
-        state.SetIterationTime(std::chrono::duration<double>(Clock::now() - begin).count());
+template <class Run>
+void warmUp(Run run) {
+    for (const auto end = std::chrono::steady_clock::now() + kWarmUp; std::chrono::steady_clock::now() < end;) {
+        run();
     }
 }
 
-// The outputs are saved after they were told; that is waited for outside the time, and counts as processor time.
-void changedInputs(benchmark::State& state, const Workload& workload) {
-    const TemporaryDirectory directory;
-    const EngineUnderLoad load(workload, directory.path());
-    const QVLJSONDictionary inputs[2] = {workload.inputs(0), workload.inputs(1)};
+struct ScriptLoad {
+    explicit ScriptLoad(const Workload& workload) : script(workload.script()), texts(workload) {
+        warmUp([this] { run(); });
+    }
+    std::size_t run() { return script.run(texts.inputs[++variation % 2], texts.journals); }
+    BareScript script;
+    const Texts texts;
     std::size_t variation = 0;
-    for (auto _ : state) {
+};
+
+struct HostLoad {
+    explicit HostLoad(const Workload& workload) : host(workload.script(), directory.path("answer")), texts(workload) {
+        warmUp([this] {
+            run();
+            host.waitUntilKept();
+        });
+    }
+    void run() { host.run(texts.inputs[++variation % 2], texts.journals); }
+    const TemporaryDirectory directory;
+    BareHost host;
+    const Texts texts;
+    std::size_t variation = 0;
+};
+
+struct EngineLoad {
+    explicit EngineLoad(const Workload& workload)
+        : load(workload, directory.path()), inputs{workload.inputs(0), workload.inputs(1)} {
+        load.warmUp(workload);
+    }
+    void run() {
         const std::size_t changes = load.changeCount();
-        const auto begin = Clock::now();
-        load.engine().setInputs(inputs[++variation % 2]);
+        load.engine().setInputs(inputs[variation++ % 2]);
         load.waitForChange(changes);
-        state.SetIterationTime(std::chrono::duration<double>(Clock::now() - begin).count());
-        load.waitForQueue();
+    }
+    const TemporaryDirectory directory;
+    const EngineUnderLoad load;
+    const QVLJSONDictionary inputs[2];
+    std::size_t variation = 0;
+};
+
+void bareScript(benchmark::State& state, ScriptLoad& load) {
+    measure(state, [&] { return load.run(); });
+}
+
+// Here and below the answer is kept after it was told; that is waited for outside the time, and counts as processor
+// time.
+void bareHost(benchmark::State& state, HostLoad& load) {
+    for (auto _ : state) {
+        const Stopwatch stopwatch;
+        load.run();
+        state.SetIterationTime(stopwatch.seconds());
+        load.host.waitUntilKept();
+    }
+}
+
+void changedInputs(benchmark::State& state, EngineLoad& load) {
+    for (auto _ : state) {
+        const Stopwatch stopwatch;
+        load.run();
+        state.SetIterationTime(stopwatch.seconds());
+        load.load.waitForQueue();
     }
 }
 
@@ -61,21 +106,29 @@ std::string nameOf(const Workload& workload) {
            std::to_string(workload.ruleCount) + " rules";
 }
 
+bool isInShortMode(const Workload& workload) {
+    const std::size_t size = workload.inputCount / 60;
+    const bool isDiagonal = size == workload.recordCount / 50 && size == workload.ruleCount / 15;
+    return isDiagonal || (workload.inputCount == 60 && workload.recordCount == 500 && workload.ruleCount == 150);
+}
+
 } // namespace
 
 void addEvaluationMeasurements(Measurements& measurements, bool isFull) {
-    for (const std::size_t inputs : {60U, 600U, 6000U}) {
-        for (const std::size_t records : {50U, 500U, 5000U}) {
-            for (const std::size_t rules : {15U, 150U, 1500U}) {
-                const Workload workload{inputs, records, rules};
-                const bool isShort = inputs / 60 == records / 50 && inputs / 60 == rules / 15;
-                if (!isFull && !isShort && !(inputs == 60 && records == 500 && rules == 150)) {
-                    continue;
+    for (const bool isAgainstHost : {false, true}) {
+        for (const std::size_t inputs : {60U, 600U, 6000U}) {
+            for (const std::size_t records : {50U, 500U, 5000U}) {
+                for (const std::size_t rules : {15U, 150U, 1500U}) {
+                    const Workload workload{inputs, records, rules};
+                    if (!isFull && !isInShortMode(workload)) {
+                        continue;
+                    }
+                    measurements.add({.table = isAgainstHost ? kAgainstHost : kAgainstScript,
+                                      .name = nameOf(workload),
+                                      .floor = isAgainstHost ? prepared<HostLoad>(bareHost, workload)
+                                                             : prepared<ScriptLoad>(bareScript, workload),
+                                      .subject = prepared<EngineLoad>(changedInputs, workload)});
                 }
-                measurements.add({.table = "One change of the inputs",
-                                  .name = nameOf(workload),
-                                  .floor = [=](benchmark::State& state) { bareRun(state, workload); },
-                                  .subject = [=](benchmark::State& state) { changedInputs(state, workload); }});
             }
         }
     }

@@ -9,73 +9,100 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-double secondsSince(Clock::time_point begin) {
-    return std::chrono::duration<double>(Clock::now() - begin).count();
-}
-
-void bareWrite(benchmark::State& state, const Workload& workload) {
+struct WriteLoad {
+    explicit WriteLoad(const Workload& workload) : bytes(workload.journalsText()) {}
+    void run() { writeBare(bytes, directory.path("file")); }
     const TemporaryDirectory directory;
-    const std::string bytes = workload.journalsText();
-    for (auto _ : state) {
-        const auto begin = Clock::now();
-        writeBare(bytes, directory.path("file"));
-        state.SetIterationTime(secondsSince(begin));
+    const std::string bytes;
+};
+
+struct WriteAndScriptLoad : WriteLoad {
+    explicit WriteAndScriptLoad(const Workload& workload)
+        : WriteLoad(workload),
+          script(workload.script()),
+          inputs(BareScript::makeString(QVLJSONSerialization::dataWithJSONObject(workload.inputs(0)).text)),
+          journals(BareScript::makeString(bytes)) {
+        for (const Stopwatch warmUp; warmUp.seconds() < std::chrono::duration<double>(kWarmUp).count();) {
+            script.run(inputs, journals);
+        }
     }
-}
-
-void bareWriteAndRun(benchmark::State& state, const Workload& workload) {
-    const TemporaryDirectory directory;
-    const std::string bytes = workload.journalsText();
-    BareScript script(workload.script());
-    const JSStringRef inputs =
-        BareScript::makeString(QVLJSONSerialization::dataWithJSONObject(workload.inputs(0)).text);
-    const JSStringRef journals = BareScript::makeString(bytes);
-    for (auto _ : state) {
-        const auto begin = Clock::now();
-        writeBare(bytes, directory.path("file"));
-        benchmark::DoNotOptimize(script.run(inputs, journals));
-        state.SetIterationTime(secondsSince(begin));
+    WriteAndScriptLoad(const WriteAndScriptLoad&) = delete;
+    WriteAndScriptLoad& operator=(const WriteAndScriptLoad&) = delete;
+    ~WriteAndScriptLoad() {
+        JSStringRelease(inputs);
+        JSStringRelease(journals);
     }
-    JSStringRelease(inputs);
-    JSStringRelease(journals);
-}
+    BareScript script;
+    JSStringRef inputs;
+    JSStringRef journals;
+};
 
-void trigger(benchmark::State& state, const Workload& workload, bool isMainThreadOnly) {
-    const TemporaryDirectory directory;
-    const EngineUnderLoad load(workload, directory.path());
-    const auto event = load.engine().journals()->eventForKey("benchmarked");
-    for (auto _ : state) {
-        const std::size_t changes = load.changeCount();
-        const auto begin = Clock::now();
+struct EventLoad {
+    explicit EventLoad(const Workload& workload)
+        : load(workload, directory.path()), event(load.engine().journals()->eventForKey("benchmarked")) {
+        load.warmUp(workload);
         event->trigger();
-        const double onMainThread = secondsSince(begin);
-        load.waitForChange(changes);
-        state.SetIterationTime(isMainThreadOnly ? onMainThread : secondsSince(begin));
         load.waitForQueue();
     }
+    const TemporaryDirectory directory;
+    const EngineUnderLoad load;
+    const std::shared_ptr<QVLJournalEvent> event;
+};
+
+void bareWrite(benchmark::State& state, WriteLoad& load) {
+    measure(state, [&] {
+        load.run();
+        return 0;
+    });
+}
+
+void bareWriteAndScript(benchmark::State& state, WriteAndScriptLoad& load) {
+    measure(state, [&] {
+        load.run();
+        return load.script.run(load.inputs, load.journals);
+    });
+}
+
+void trigger(benchmark::State& state, EventLoad& events, bool isMainThreadOnly) {
+    for (auto _ : state) {
+        const std::size_t changes = events.load.changeCount();
+        const Stopwatch stopwatch;
+        events.event->trigger();
+        const double onMainThread = stopwatch.seconds();
+        events.load.waitForChange(changes);
+        state.SetIterationTime(isMainThreadOnly ? onMainThread : stopwatch.seconds());
+        events.load.waitForQueue();
+    }
+}
+
+void triggerOnMainThread(benchmark::State& state, EventLoad& events) {
+    trigger(state, events, /*isMainThreadOnly=*/true);
+}
+
+void triggerUntilChanged(benchmark::State& state, EventLoad& events) {
+    trigger(state, events, /*isMainThreadOnly=*/false);
+}
+
+Measurement measurementOf(const Workload& workload, bool isMainThreadOnly) {
+    return {.table = isMainThreadOnly ? "One event, its main-thread part, against a bare write"
+                                      : "One event until the outputs have changed, against a bare write and the script",
+            .name = std::to_string(workload.recordCount) + " records, " + std::to_string(workload.ruleCount) + " rules",
+            .floor = isMainThreadOnly ? prepared<WriteLoad>(bareWrite, workload)
+                                      : prepared<WriteAndScriptLoad>(bareWriteAndScript, workload),
+            .subject = prepared<EventLoad>(isMainThreadOnly ? triggerOnMainThread : triggerUntilChanged, workload),
+            .hasProcessorTimes = !isMainThreadOnly};
 }
 
 } // namespace
 
 void addJournalMeasurements(Measurements& measurements, bool isFull) {
-    for (const char* const table : {"One event, until the outputs have changed", "One event, its main-thread part"}) {
+    for (const bool isMainThreadOnly : {false, true}) {
         for (const std::size_t records : {50U, 500U, 5000U}) {
             for (const std::size_t rules : {15U, 150U, 1500U}) {
-                if (rules != 150 && !isFull) {
-                    continue;
+                // The script has no part in what the main thread does.
+                if (rules == 150 || (isFull && !isMainThreadOnly)) {
+                    measurements.add(measurementOf({60, records, rules}, isMainThreadOnly));
                 }
-                const Workload workload{60, records, rules};
-                const bool isMainThreadOnly = std::string(table).ends_with("part");
-                measurements.add(
-                    {.table = table,
-                     .name = std::to_string(records) + " records, " + std::to_string(rules) + " rules",
-                     .floor =
-                         [=](benchmark::State& state) {
-                             isMainThreadOnly ? bareWrite(state, workload) : bareWriteAndRun(state, workload);
-                         },
-                     .subject = [=](benchmark::State& state) { trigger(state, workload, isMainThreadOnly); }});
             }
         }
     }

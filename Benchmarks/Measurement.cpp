@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <map>
+#include <regex>
 
 namespace {
 
@@ -64,36 +65,60 @@ std::string subjectName(const Measurement& measurement) {
     return measurement.table + ": " + measurement.name;
 }
 
+/// A line of floor, subject and ratio for the times that a figure chooses.
+template <class Figure>
+std::string cells(const Times& floor, const Times& subject, Figure figure) {
+    const double ours = median(figure(subject));
+    const double bare = median(figure(floor));
+    return " " + timeText(bare) + " | " + timeText(ours) + " | **" + ratioText(ours, bare) + "** |";
+}
+
+void writeHead(std::ostream& output, const Measurement& measurement) {
+    output << "\n### " << measurement.table << "\n\n| | Floor | Quorvel | Ratio |"
+           << (measurement.hasProcessorTimes ? " Floor, processor | Quorvel, processor | Ratio |" : "")
+           << "\n|---|--:|--:|--:|" << (measurement.hasProcessorTimes ? "--:|--:|--:|" : "") << "\n";
+}
+
+void writeRow(std::ostream& output, const Measurement& measurement, const Collector& collector) {
+    const Times& floor = collector.times.at(floorName(measurement));
+    const Times& subject = collector.times.at(subjectName(measurement));
+    output << "| " << measurement.name << " |" << cells(floor, subject, [](const Times& t) { return t.wall; });
+    if (measurement.hasProcessorTimes) {
+        output << cells(floor, subject, [](const Times& t) { return t.processor; });
+    }
+    output << "\n";
+}
+
+Collector runInTurns(const Measurement& measurement, int repetitions) {
+    Collector collector;
+    for (int repetition = 0; repetition < repetitions; ++repetition) {
+        for (const auto& [name, function] : {std::pair(floorName(measurement), measurement.floor),
+                                             std::pair(subjectName(measurement), measurement.subject)}) {
+            benchmark::RegisterBenchmark(name.c_str(), function)->UseManualTime()->MeasureProcessCPUTime();
+        }
+        benchmark::RunSpecifiedBenchmarks(&collector, "all");
+        benchmark::ClearRegisteredBenchmarks();
+    }
+    return collector;
+}
+
 } // namespace
 
 void Measurements::run(std::ostream& output, int repetitions) {
-    for (const Measurement& measurement : m_measurements) {
-        for (const auto& [name, function] : {std::pair(floorName(measurement), measurement.floor),
-                                             std::pair(subjectName(measurement), measurement.subject)}) {
-            benchmark::RegisterBenchmark(name.c_str(), function)
-                ->UseManualTime()
-                ->MeasureProcessCPUTime()
-                ->Repetitions(repetitions);
-        }
-    }
-    Collector collector;
-    benchmark::RunSpecifiedBenchmarks(&collector);
+    const std::string filter = benchmark::GetBenchmarkFilter();
     std::string table;
-    for (const Measurement& measurement : m_measurements) {
-        const Times floor = collector.times[floorName(measurement)];
-        const Times subject = collector.times[subjectName(measurement)];
-        if (floor.wall.empty() || subject.wall.empty()) {
+    // One by one, so that what one prepares is gone before the next begins.
+    for (Measurement& kept : m_measurements) {
+        const Measurement measurement = std::move(kept);
+        if (!filter.empty() && !std::regex_search(subjectName(measurement), std::regex(filter))) {
             continue;
         }
+        const Collector collector = runInTurns(measurement, repetitions);
         if (measurement.table != table) {
             table = measurement.table;
-            output << "\n### " << table
-                   << "\n\n| Workload | Floor | Quorvel | Ratio | Floor, processor | Quorvel, processor | Ratio |\n"
-                      "|---|--:|--:|--:|--:|--:|--:|\n";
+            writeHead(output, measurement);
         }
-        output << "| " << measurement.name << " | " << timeText(median(floor.wall)) << " | "
-               << timeText(median(subject.wall)) << " | **" << ratioText(median(subject.wall), median(floor.wall))
-               << "** | " << timeText(median(floor.processor)) << " | " << timeText(median(subject.processor))
-               << " | **" << ratioText(median(subject.processor), median(floor.processor)) << "** |\n";
+        writeRow(output, measurement, collector);
     }
+    m_measurements.clear();
 }

@@ -1,14 +1,21 @@
 #include "Measurement.h"
 #include "QVLQuorvelEnvironment.h"
+#include "SilentLogger.h"
 
 #include <algorithm>
 #include <fstream>
 #include <iostream>
+#include <sstream>
 #include <string_view>
+#include <thread>
 
-// Measures the library against its floors and prints Markdown tables.
+// Measures the library against its floors and tells Markdown tables: on standard output and, when one is named with
+// --into=FILE, behind the mark in that document.
 
 namespace {
+
+constexpr std::string_view kInto = "--into=";
+constexpr std::string_view kMark = "<!-- What follows is written by the benchmarks. -->\n";
 
 std::string processorName() {
     std::ifstream information("/proc/cpuinfo");
@@ -20,34 +27,59 @@ std::string processorName() {
     return "unknown processor";
 }
 
-bool takeFlag(int& count, char** arguments, std::string_view flag) {
-    char** const end = arguments + count;
-    char** const kept = std::remove_if(arguments + 1, end, [&](const char* argument) { return argument == flag; });
-    count = static_cast<int>(kept - arguments);
-    return kept != end;
+/// Takes the argument that begins so out of the arguments; empty when there is none.
+std::string taken(int& count, char** arguments, std::string_view beginning) {
+    for (int index = 1; index < count; ++index) {
+        const std::string argument = arguments[index];
+        if (argument.starts_with(beginning)) {
+            std::copy(arguments + index + 1, arguments + count, arguments + index);
+            --count;
+            return argument;
+        }
+    }
+    return "";
 }
 
-/// Drops every line, so that no terminal is measured.
-class SilentLogger final : public QVLLogger {
-    void logDebugFile(const char*, std::int32_t, const char*, const QVLObject*, const std::string&) override {}
-    void logInfoFile(const char*, std::int32_t, const char*, const QVLObject*, const std::string&) override {}
-    void logWarnFile(const char*, std::int32_t, const char*, const QVLObject*, const std::string&) override {}
-    void logErrorFile(const char*, std::int32_t, const char*, const QVLObject*, const std::string&) override {}
-};
+std::string measured(bool isFull, bool hasMemory) {
+    std::ostringstream tables;
+    tables << "Measured with `make bench" << (isFull ? " BENCH_FLAGS=--full" : "") << "` on " << processorName() << ", "
+           << std::thread::hardware_concurrency() << " processors; medians.\n";
+    Measurements measurements;
+    addEvaluationMeasurements(measurements, isFull);
+    addJournalMeasurements(measurements, isFull);
+    addStartMeasurements(measurements, isFull);
+    addPieceMeasurements(measurements);
+    measurements.run(tables, isFull ? 5 : 3);
+    if (hasMemory) {
+        writeMemoryTables(tables, isFull);
+    }
+    return tables.str();
+}
+
+int writeInto(const std::string& path, const std::string& tables) {
+    std::ostringstream document;
+    document << std::ifstream(path).rdbuf();
+    const std::size_t mark = document.str().find(kMark);
+    if (mark == std::string::npos) {
+        std::cerr << path << " has no place for the tables\n";
+        return 1;
+    }
+    std::ofstream(path) << document.str().substr(0, mark + kMark.size()) << "\n" << tables;
+    return 0;
+}
 
 } // namespace
 
 int main(int count, char** arguments) {
-    const bool isFull = takeFlag(count, arguments, "--full");
+    const bool isFull = !taken(count, arguments, "--full").empty();
+    const std::string into = taken(count, arguments, kInto);
     benchmark::Initialize(&count, arguments);
     if (benchmark::ReportUnrecognizedArguments(count, arguments)) {
         return 2;
     }
     QVLQuorvelEnvironment::sharedEnvironment()->setLogger(std::make_shared<SilentLogger>());
-    Measurements measurements;
-    addEvaluationMeasurements(measurements, isFull);
-    addJournalMeasurements(measurements, isFull);
-    std::cout << "Measured on " << processorName() << ", medians of " << (isFull ? "the full mode" : "the short mode")
-              << ".\n";
-    measurements.run(std::cout, isFull ? 5 : 3);
+    const bool isAll = benchmark::GetBenchmarkFilter().empty();
+    const std::string tables = measured(isFull, isAll);
+    std::cout << tables;
+    return into.empty() ? 0 : writeInto(into.substr(kInto.size()), tables);
 }
