@@ -9,7 +9,9 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <optional>
 #include <random>
+#include <string_view>
 #include <system_error>
 
 #include <fcntl.h>
@@ -56,28 +58,42 @@ std::string withoutLinks(const std::string& path) {
     return target.string();
 }
 
+/// Never empty.
+fs::path directoryOf(const std::string& path) {
+    const fs::path directory = fs::path(path).parent_path();
+    return directory.empty() ? "." : directory;
+}
+
+constexpr std::string_view kReplacementPrefix = ".quorvel-";
+constexpr std::size_t kReplacementDigits = 16;
+
 /// A name that no other write takes: drawn once for the process, then counted on.
-std::string uniqueName() {
+std::string nameOfReplacement() {
     static std::atomic<std::uint64_t> next = [] {
         std::random_device random;
         return (std::uint64_t{random()} << 32) | random();
     }();
-    std::array<char, 32> name;
-    const int length = std::snprintf(name.data(), name.size(), ".quorvel-%016" PRIx64, next++);
-    return {name.data(), static_cast<std::size_t>(length)};
+    std::array<char, kReplacementDigits + 1> digits;
+    std::snprintf(digits.data(), digits.size(), "%016" PRIx64, next++);
+    return std::string(kReplacementPrefix) + digits.data();
+}
+
+bool isNameOfReplacement(std::string_view name) {
+    return name.starts_with(kReplacementPrefix) && name.size() == kReplacementPrefix.size() + kReplacementDigits &&
+           name.find_first_not_of("0123456789abcdef", kReplacementPrefix.size()) == std::string_view::npos;
 }
 
 /// A new file beside the target, which replaces the target on `commit` and is gone otherwise.
+///
+/// Locked from its making to its commit: a replacement that is not locked is what a killed process has left.
 class Replacement {
 public:
     Replacement(const std::string& target, QVLFileManager::Durability durability)
-        : m_target(target),
-          m_path((fs::path(target).parent_path() / uniqueName()).string()),
-          m_isDurable(durability == QVLFileManager::Durability::Durable) {}
+        : m_target(target), m_isDurable(durability == QVLFileManager::Durability::Durable) {}
     Replacement(const Replacement&) = delete;
     Replacement& operator=(const Replacement&) = delete;
     ~Replacement() {
-        if (m_isMade) {
+        if (m_file) {
             ::unlink(m_path.c_str());
         }
     }
@@ -89,29 +105,24 @@ public:
             return QVLOutcome::failure(lastReason("stat"));
         }
         // A replacement is never open to more readers than the file that it replaces, not even before it is complete.
-        auto file =
-            QVLLinuxFileDescriptor::open(m_path, O_WRONLY | O_CREAT | O_EXCL, isNew ? 0666 : old.st_mode & 0777);
-        if (!file) {
+        if (!make(isNew ? 0666 : old.st_mode & 0777)) {
             return QVLOutcome::failure(lastReason("open"));
         }
-        m_isMade = true;
-        if (!isNew && ::fchmod(file.number(), old.st_mode & kPermissionBits) != 0) {
+        if (!isNew && ::fchmod(m_file->number(), old.st_mode & kPermissionBits) != 0) {
             return QVLOutcome::failure(lastReason("chmod"));
         }
-        if (!file.writeAll(data.data(), data.size())) {
+        if (!m_file->writeAll(data.data(), data.size())) {
             return QVLOutcome::failure(lastReason("write"));
         }
-        if (m_isDurable && !file.synchronize()) {
-            return QVLOutcome::failure(lastReason("fsync"));
-        }
-        return file.close() ? QVLOutcome::success() : QVLOutcome::failure(lastReason("close"));
+        const bool isAtRest = !m_isDurable || m_file->synchronize();
+        return isAtRest ? QVLOutcome::success() : QVLOutcome::failure(lastReason("fsync"));
     }
 
     QVLOutcome commit() {
         if (::rename(m_path.c_str(), m_target.c_str()) != 0) {
             return QVLOutcome::failure(lastReason("rename"));
         }
-        m_isMade = false;
+        m_file.reset();
         if (m_isDurable) {
             synchronizeDirectory();
         }
@@ -119,11 +130,22 @@ public:
     }
 
 private:
+    [[nodiscard]] bool make(mode_t mode) {
+        do {
+            m_path = (directoryOf(m_target) / nameOfReplacement()).string();
+            auto file = QVLLinuxFileDescriptor::open(m_path, O_WRONLY | O_CREAT | O_EXCL, mode);
+            if (!file) {
+                return false;
+            }
+            m_file.emplace(std::move(file));
+            // Where the file system has no locks, nobody can lock a left-over one and remove it either.
+        } while ((!m_file->tryLock() && errno == EWOULDBLOCK) || !m_file->isLinked());
+        return true;
+    }
+
     /// The new file stands already, so this cannot fail the write any more; some file systems refuse it.
     void synchronizeDirectory() const {
-        const fs::path directory = fs::path(m_target).parent_path();
-        const auto descriptor =
-            QVLLinuxFileDescriptor::open(directory.empty() ? "." : directory, O_RDONLY | O_DIRECTORY);
+        const auto descriptor = QVLLinuxFileDescriptor::open(directoryOf(m_target), O_RDONLY | O_DIRECTORY);
         if (descriptor) {
             static_cast<void>(descriptor.synchronize());
         }
@@ -132,8 +154,18 @@ private:
     std::string m_target;
     std::string m_path;
     bool m_isDurable;
-    bool m_isMade = false;
+    /// Open until the target is replaced.
+    std::optional<QVLLinuxFileDescriptor> m_file;
 };
+
+void removeIfLeft(const std::string& replacement) {
+    const auto file = QVLLinuxFileDescriptor::open(replacement, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+    // Its maker may lock it or have renamed it by now: the former gives it up for another, of the latter only the name
+    // is gone.
+    if (file && file.isRegularFile() && file.tryLock()) {
+        ::unlink(replacement.c_str());
+    }
+}
 
 QVLDate dateFrom(const struct statx_timestamp& stamp) {
     return QVLDate(std::chrono::seconds(stamp.tv_sec)) + std::chrono::microseconds(stamp.tv_nsec / 1000);
@@ -170,7 +202,9 @@ QVLOutcome QVLLinuxFileManager::writeAtomically(std::string_view data, const std
     if (!isUsable(path)) {
         return QVLOutcome::failure(lastReason("open"));
     }
-    Replacement replacement(withoutLinks(path), durability);
+    const std::string target = withoutLinks(path);
+    removeLeftoversOnce(directoryOf(target));
+    Replacement replacement(target, durability);
     const QVLOutcome written = replacement.write(data);
     return written ? replacement.commit() : written;
 }
@@ -226,4 +260,18 @@ std::string QVLLinuxFileManager::temporaryDirectory() const {
     std::error_code error;
     const fs::path directory = fs::temp_directory_path(error);
     return error ? "/tmp" : directory.string();
+}
+
+void QVLLinuxFileManager::removeLeftoversOnce(const std::string& directory) {
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!m_tidiedDirectories.insert(directory).second) {
+            return;
+        }
+    }
+    for (const std::string& name : contentsOfDirectoryAtPath(directory).value.value_or(std::vector<std::string>())) {
+        if (isNameOfReplacement(name)) {
+            removeIfLeft((fs::path(directory) / name).string());
+        }
+    }
 }

@@ -2,10 +2,15 @@
 
 #include "QVLFileManager.h"
 
+#include <mutex>
+#include <set>
+
 /// Files by the system's own calls. Errors read "operation: reason". A path that is empty or holds a NUL byte names
 /// nothing.
 ///
-/// Writing to a symbolic link replaces the file that it leads to. A file system that does not record when an item was
+/// Writing to a symbolic link replaces the file that it leads to. A process that is killed while it writes leaves a file
+/// ".quorvel-" with 16 hexadecimal digits aside; the next process that writes in the same directory removes it, and
+/// never one that is being written. A file system that does not record when an item was
 /// made answers with the last change of its content.
 class QVLLinuxFileManager final : public QVLFileManager {
 public:
@@ -20,4 +25,10 @@ public:
     [[nodiscard]] QVLResult<QVLDate> creationDateOfItemAtPath(const std::string& path) const override;
     [[nodiscard]] QVLResult<std::vector<std::string>> contentsOfDirectoryAtPath(const std::string& path) const override;
     [[nodiscard]] std::string temporaryDirectory() const override;
+
+private:
+    void removeLeftoversOnce(const std::string& directory);
+
+    std::mutex m_mutex;
+    std::set<std::string> m_tidiedDirectories;
 };

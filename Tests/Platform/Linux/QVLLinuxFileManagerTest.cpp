@@ -1,6 +1,7 @@
 #include "QVLLinuxFileManager.h"
 
 #include "FileSizeLimit.h"
+#include "QVLLinuxFileDescriptor.h"
 #include "TemporaryDirectory.h"
 
 #include <gmock/gmock.h>
@@ -10,6 +11,7 @@
 #include <fstream>
 #include <thread>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -66,6 +68,18 @@ TEST_F(QVLLinuxFileManagerTest, AFailedWriteLeavesTheOldFileAndNothingAside) {
     EXPECT_EQ(files.writeAtomically("x", directory.path("directory")).error, "rename: Is a directory");
     EXPECT_EQ(files.writeAtomically("x", directory.path("none/file")).error, "open: No such file or directory");
     EXPECT_THAT(names(), UnorderedElementsAre("file", "directory"));
+}
+
+TEST_F(QVLLinuxFileManagerTest, TheFirstWriteRemovesWhatAKilledProcessLeftAndNothingElse) {
+    const std::string left = ".quorvel-0123456789abcdef";
+    const std::string underWay = ".quorvel-fedcba9876543210";
+    for (const std::string& name : {left, underWay, left + "0", std::string(".quorvel-notes0123456789")}) {
+        std::ofstream(directory.path(name)) << "x";
+    }
+    const auto writer = QVLLinuxFileDescriptor::open(directory.path(underWay), O_RDWR);
+    ASSERT_TRUE(writer.tryLock());
+    EXPECT_TRUE(write("x", "file"));
+    EXPECT_THAT(names(), UnorderedElementsAre("file", underWay, left + "0", ".quorvel-notes0123456789"));
 }
 
 TEST_F(QVLLinuxFileManagerTest, AReaderSeesTheOldContentOrTheNewAndNeverAnythingElse) {
