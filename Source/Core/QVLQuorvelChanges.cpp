@@ -9,8 +9,6 @@
 namespace {
 
 constexpr QVLTimeInterval kSentEventsResetInterval(86400.0);
-constexpr const char* kFailedKey = "failed";
-constexpr const char* kNoScriptKey = "No Script";
 /// For `observeLastRun` only; no name that a host is told of.
 constexpr const char* kLastRunDidChange = "QVLQuorvelLastRunDidChange";
 
@@ -74,14 +72,6 @@ void QVLQuorvel::applyAnswer(const QVLJSONDictionary& answer) {
 }
 
 void QVLQuorvel::handleFailedReload() {
-    const std::string failed = m_platform->localization->localizedString(kFailedKey);
-    const std::string noScript = m_platform->localization->localizedString(kNoScriptKey);
-    m_runner->updateStatus([&](QVLScriptRunner::Status& status) {
-        const std::optional<std::string>& headerVersion = status.lastLoadedFileHeaderVersion;
-        status.lastRunVersion = headerVersion ? QVLStringWithFormat("%@ (%@)", *headerVersion, failed) : noScript;
-        status.lastRunDate.reset();
-        status.lastLoadedFileHeaderVersion.reset();
-    });
     setScriptAvailability(QVLScriptAvailabilityUnavailable);
     post(kLastRunDidChange);
 }

@@ -11,6 +11,8 @@ namespace {
 
 /// How long a run may go on after the engine was stopped.
 constexpr std::chrono::seconds kGraceAfterStop(1);
+constexpr const char* kFailedKey = "failed";
+constexpr const char* kNoScriptKey = "No Script";
 
 } // namespace
 
@@ -69,7 +71,20 @@ void QVLScriptRunner::reloadScript() {
         return;
     }
     m_jsContext.reset();
+    // Here, in the order of what happens: on the main thread it could come after a later load that succeeded.
+    setLastRunFailed();
     onMain([](QVLQuorvel& engine) { engine.handleFailedReload(); });
+}
+
+void QVLScriptRunner::setLastRunFailed() {
+    const std::string failed = m_platform->localization->localizedString(kFailedKey);
+    const std::string noScript = m_platform->localization->localizedString(kNoScriptKey);
+    updateStatus([&](Status& status) {
+        const std::optional<std::string>& headerVersion = status.lastLoadedFileHeaderVersion;
+        status.lastRunVersion = headerVersion ? QVLStringWithFormat("%@ (%@)", *headerVersion, failed) : noScript;
+        status.lastRunDate.reset();
+        status.lastLoadedFileHeaderVersion.reset();
+    });
 }
 
 bool QVLScriptRunner::loadCurrentScript() {

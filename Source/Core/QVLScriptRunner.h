@@ -88,6 +88,7 @@ private:
     [[nodiscard]] const JournalsText& journalsText();
     [[nodiscard]] std::optional<QVLJSONDictionary> process(const Text& inputs, const Text& journals);
     [[nodiscard]] std::optional<QVLJSONDictionary> checkedAnswer(const QVLJavaScriptAnswer& answer);
+    void setLastRunFailed();
     [[nodiscard]] bool loadCurrentScript();
     /// No value when there is no script that may be run.
     [[nodiscard]] std::optional<std::string> pathOfScriptToRun() const;

@@ -223,6 +223,20 @@ TEST_F(EngineLifecycleTest, TheTwoWaysToReadOutputsDifferInWhoWins) {
     EXPECT_EQ(engine->outputForKey("k")->stringValue(), "script");
 }
 
+TEST_F(EngineLifecycleTest, AReloadThatFailedIsForgottenWhenALaterOneHasSucceeded) {
+    engine->setInputs({{"a", 1}});
+    engine->start();
+    onQueue([](QVLQuorvel& quorvel) {
+        quorvel.reloadScript();
+        EXPECT_TRUE(quorvel.loadScriptWithJSContent(scriptWithBody("return JSON.stringify(answer);")));
+        quorvel.evaluateRules();
+    });
+    EXPECT_EQ(engine->lastRunVersion(), "1.0");
+    EXPECT_EQ(engine->lastLoadedFileHeaderVersion(), "1.0");
+    EXPECT_NE(engine->lastRunDate(), std::nullopt);
+    EXPECT_EQ(engine->scriptAvailability(), QVLScriptAvailabilityAvailable);
+}
+
 TEST_F(EngineLifecycleTest, TheUserDefaultHidesOutputsOfEnginesMadeLaterAndTheyStillRun) {
     platform.userDefaults->setObjectForKey(true, kQVLDisableQuorvelUserDefaultsKey);
     EXPECT_FALSE(engine->disableOutputs());
