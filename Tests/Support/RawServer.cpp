@@ -58,14 +58,21 @@ std::string readRequestHead(int connection) {
     return head;
 }
 
-void sendAll(int connection, std::string_view bytes) {
+/// False when nobody listens any more.
+bool sendAll(int connection, std::string_view bytes) {
     while (!bytes.empty()) {
         const ssize_t length = send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL);
         if (length <= 0) {
-            return;
+            return false;
         }
         bytes.remove_prefix(static_cast<std::size_t>(length));
     }
+    return true;
+}
+
+std::string_view lastLine(std::string_view text) {
+    const std::size_t end = text.size() > 1 ? text.rfind('\n', text.size() - 2) : std::string_view::npos;
+    return end == std::string_view::npos ? text : text.substr(end + 1);
 }
 
 } // namespace
@@ -125,7 +132,10 @@ void RawServer::serve() {
 
 void RawServer::serveConnection(int connection) {
     std::string head = readRequestHead(connection);
-    sendAll(connection, m_answer);
+    bool isHeard = sendAll(connection, m_answer);
+    while (isHeard && m_afterwards == Afterwards::Repeat) {
+        isHeard = sendAll(connection, lastLine(m_answer));
+    }
     if (m_afterwards == Afterwards::Close) {
         shutdown(connection, SHUT_RDWR);
     }

@@ -16,6 +16,8 @@ public:
         Close,
         /// Keeps it open and says no more, until the server is destroyed.
         Stall,
+        /// Says the bytes once, and then their last line again and again without end.
+        Repeat,
     };
 
     RawServer(std::string answer, Afterwards afterwards);

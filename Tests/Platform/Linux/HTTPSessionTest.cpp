@@ -155,11 +155,23 @@ TEST_F(HTTPSessionTest, ReportsWhatHostileServersSend) {
              Row{"complete nonsense\r\n\r\n", QVLHTTPErrorCode::BadResponse},
              Row{"HTTP/1.1 200 OK\r\nContent-Length: 5\r\nContent-Encoding: gzip\r\n\r\nplain",
                  QVLHTTPErrorCode::BadResponse},
+             Row{"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nnonsense\r\n", QVLHTTPErrorCode::ConnectionLost},
+             Row{"HTTP/1.1 200 OK\r\nContent-Length: -5\r\n\r\nplain", QVLHTTPErrorCode::BadResponse},
+             Row{"HTTP/1.1 200 OK\r\nContent-Encoding: rot13\r\n\r\nplain", QVLHTTPErrorCode::BadResponse},
          }) {
         const RawServer server(row.answer, RawServer::Afterwards::Close);
         const QVLHTTPReply reply = send({.url = server.url()});
         EXPECT_EQ(errorCode(reply), row.code) << row.answer << "\n"
                                               << (reply.error ? reply.error->message : "no error");
+    }
+}
+
+TEST_F(HTTPSessionTest, EndsAnAnswerWhoseHeadersOrBodyDoNotEnd) {
+    for (const char* const beginning :
+         {"HTTP/1.1 200 OK\r\nX-More: 1\r\n", "HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 200 OK\r\nX-Long: x",
+          "HTTP/1.1 200 OK\r\n\r\nmore\n"}) {
+        const RawServer server(beginning, RawServer::Afterwards::Repeat);
+        EXPECT_TRUE(errorCode(send({.url = server.url(), .responseBodyLimit = 1'000'000}))) << beginning;
     }
 }
 
