@@ -2,10 +2,11 @@
 
 JOBS := $(shell nproc)
 FUZZ_SECONDS := 60
+SOAK_SECONDS := 600
 FORMATTED := find Source Tests Examples Benchmarks Fuzzing \( -name '*.h' -o -name '*.cpp' \) -print0 | xargs -0 -r
 
 .DEFAULT_GOAL := help
-.PHONY: help run test bench format check-format tidy fuzz clean
+.PHONY: help run test bench format check-format tidy fuzz soak clean
 
 help: ## list the targets
 	@sed -n 's/^\([a-z-]*\):.*## \(.*\)/    make \1\t\2/p' $(MAKEFILE_LIST) | expand -t 24
@@ -46,6 +47,12 @@ fuzz: ## build the fuzzers and run each for a minute, or for FUZZ_SECONDS
 	cmake --preset fuzz
 	cmake --build --preset fuzz
 	Scripts/fuzz $(FUZZ_SECONDS)
+
+soak: ## drive one host at random for ten minutes, or for SOAK_SECONDS, and check what must hold
+	@Scripts/install-dependencies
+	cmake --preset dev
+	cmake --build --preset dev --target QuorvelTests
+	QVL_SOAK_SECONDS=$(SOAK_SECONDS) build/dev/Tests/QuorvelTests --gtest_filter='Soak.*'
 
 clean: ## remove all build trees
 	rm -rf build

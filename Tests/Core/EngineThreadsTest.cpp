@@ -124,14 +124,21 @@ TEST_F(EngineThreadsTest, TwoEnginesOnOneDirectoryLeaveFilesThatAThirdCanRead) {
     EXPECT_THAT(log->take(), ::testing::Not(::testing::Contains(::testing::HasSubstr("error"))));
 }
 
-TEST_F(EngineThreadsTest, AHundredEnginesComeAndGo) {
-    std::vector<std::weak_ptr<QVLQuorvel>> made;
+TEST_F(EngineThreadsTest, AHundredEnginesAtOnceGiveEachItsOwnAnswerAndGo) {
+    std::vector<std::shared_ptr<QVLQuorvel>> engines;
     for (int index = 0; index < 100; ++index) {
-        const auto engine = makeEngine(std::to_string(index % 3));
-        load(engine, kCounting);
-        engine->setInputs({{"count", index}});
-        made.push_back(engine);
+        engines.push_back(makeEngine(std::to_string(index)));
+        load(engines.back(), kCounting);
+        engines.back()->setInputs({{"count", index}});
     }
+    for (int index = 0; index < 100; ++index) {
+        EXPECT_TRUE(platform.runLoop->runUntil([&] {
+            const auto count = engines[index]->outputForKey("count");
+            return count && count->integerValue() == index;
+        }));
+    }
+    const std::vector<std::weak_ptr<QVLQuorvel>> made(engines.begin(), engines.end());
+    engines.clear();
     EXPECT_TRUE(platform.runLoop->runUntil(
         [&] { return std::all_of(made.begin(), made.end(), [](const auto& engine) { return engine.expired(); }); }));
 }

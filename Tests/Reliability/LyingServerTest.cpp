@@ -9,7 +9,9 @@
 
 namespace {
 
-TEST_F(EngineTest, WhatAServerGivesInPlaceOfAScriptLeavesTheOutputsAndTheNextGoodScriptMendsIt) {
+using LyingServerTest = EngineTest;
+
+TEST_F(LyingServerTest, WhatAServerGivesInPlaceOfAScriptLeavesTheOutputsAndTheNextGoodScriptMendsIt) {
     const EnvironmentForTests environment(directory.path());
     environment->setRemoteScriptURL(QVLURL::fromString("http://rules.example/quorvel.js"));
     platform.reachability.initialFlags = kQVLReachabilityFlagsReachable;
