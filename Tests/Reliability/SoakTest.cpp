@@ -83,7 +83,6 @@ std::ptrdiff_t countIn(const char* directory) {
 struct JournalsModel {
     std::map<std::string, std::uint64_t> events;
     std::map<std::string, bool> flags;
-    std::set<std::string> sessionEvents;
     int notifications = 0;
 
     void expectIn(const QVLJSONValue& form) const {
@@ -129,7 +128,6 @@ protected:
         m_seenInputs = {};
         m_seenAvailability = m_engine->scriptAvailability();
         m_lastStatus.reset();
-        m_model.sessionEvents.clear();
         m_model.expectIn(m_engine->journals()->qvl_JSONObject());
         observe(kQVLOutputsDidChangeNotification, &Soak::outputsDidChange);
         observe(kQVLInputsDidChangeNotification, &Soak::inputsDidChange);
@@ -181,7 +179,7 @@ protected:
     void act() {
         ++m_actions;
         const std::string key(1, static_cast<char>('a' + m_random() % 4));
-        switch (m_random() % 24) {
+        switch (m_random() % 20) {
         case 0:
             return m_engine->setInputsOverrides(m_inputsOverrides = chance(2) ? QVLJSONDictionary() : anyValues());
         case 1:
@@ -206,19 +204,13 @@ protected:
         case 9:
             return chance(10) ? resetJournals() : restart();
         case 10:
-            m_model.sessionEvents.clear();
-            return m_engine->journals()->triggerSessionEvents();
         case 11:
         case 12:
-            return triggerInSession(key);
-        case 13:
-        case 14:
-        case 15:
             ++m_model.events[key];
             ++m_model.notifications;
             return m_engine->journals()->eventForKey(key)->trigger();
-        case 16:
-        case 17:
+        case 13:
+        case 14:
             m_model.flags[key] = chance(2);
             ++m_model.notifications;
             return m_engine->journals()->flagForKey(key)->updateFlag(m_model.flags[key]);
@@ -231,13 +223,6 @@ protected:
         m_model.events.clear();
         m_model.flags.clear();
         m_engine->resetJournals();
-    }
-    void triggerInSession(const std::string& key) {
-        if (m_model.sessionEvents.insert(key).second || !m_model.events.contains(key)) {
-            ++m_model.events[key];
-            ++m_model.notifications;
-        }
-        m_engine->journals()->triggerSessionEventForKey(key);
     }
 
     // --- What is told -----------------------------------------------------------------------------------------------
