@@ -248,7 +248,9 @@ protected:
         EXPECT_EQ(textOf(documentAt(journalsPath())), textOf(m_engine->journals()->qvl_JSONObject()));
     }
     void availabilityDidChange(const QVLNotification&) {
-        EXPECT_NE(std::exchange(m_seenAvailability, m_engine->scriptAvailability()), m_seenAvailability);
+        const QVLScriptAvailability now = m_engine->scriptAvailability();
+        EXPECT_NE(now, m_seenAvailability);
+        m_seenAvailability = now;
     }
     void eventsDidOccur(const QVLNotification& notification) {
         using Events = std::vector<std::shared_ptr<QVLAnalyticsEventInternal>>;
@@ -427,7 +429,7 @@ protected:
 };
 
 TEST_F(Soak, AHostThatDoesEverythingInRandomOrderFindsWhatItWasPromised) {
-    const auto duration = std::chrono::seconds(fromVariable("QVL_SOAK_SECONDS", 3));
+    const std::chrono::milliseconds duration = std::chrono::seconds(fromVariable("QVL_SOAK_SECONDS", 3));
     std::cout << "QVL_SOAK_SEED=" << m_seed << std::endl;
     const auto start = Clock::now();
     std::int64_t memoryWhenWarm = 0;
