@@ -436,7 +436,7 @@ TEST_F(Soak, AHostThatDoesEverythingInRandomOrderFindsWhatItWasPromised) {
     auto nextReport = start;
     makeEngine();
     while (Clock::now() - start < duration && !HasFailure()) {
-        for (unsigned count = m_random() % 60; count > 0; --count) {
+        for (unsigned count = m_random() % 20; count > 0; --count) {
             act();
             if (chance(3)) {
                 m_runLoop->runOnce(std::chrono::milliseconds(m_random() % 4));
