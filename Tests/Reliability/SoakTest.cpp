@@ -150,7 +150,10 @@ protected:
     }
     void restart() {
         ++m_restarts;
+        const std::weak_ptr<QVLQuorvel> old = m_engine;
         dropEngine();
+        // Its queue may be saving its last answer still, and the next engine would read the one before.
+        EXPECT_TRUE(runUntil([&] { return old.expired(); }));
         if (chance(10)) {
             // What another run of the same application did until it was killed is part of the history.
             Victim victim(m_directory.path("account"));
