@@ -7,6 +7,9 @@
 
 namespace {
 
+/// Seconds. Many short turns are fairer than a few long ones on a machine that others use too.
+constexpr double kShortestTurn = 0.1;
+
 struct Times {
     std::vector<double> wall;
     std::vector<double> processor;
@@ -51,9 +54,9 @@ std::string timeText(double seconds) {
     return text;
 }
 
-std::string ratioText(double subject, double floor) {
+std::string ratioText(double ratio) {
     char text[32];
-    std::snprintf(text, sizeof text, "%.2f", floor > 0 ? subject / floor : 0);
+    std::snprintf(text, sizeof text, "%.2f", ratio);
     return text;
 }
 
@@ -68,9 +71,12 @@ std::string subjectName(const Measurement& measurement) {
 /// A line of floor, subject and ratio for the times that a figure chooses.
 template <class Figure>
 std::string cells(const Times& floor, const Times& subject, Figure figure) {
-    const double ours = median(figure(subject));
-    const double bare = median(figure(floor));
-    return " " + timeText(bare) + " | " + timeText(ours) + " | **" + ratioText(ours, bare) + "** |";
+    const std::vector<double> ours = figure(subject);
+    const std::vector<double> bare = figure(floor);
+    std::vector<double> ratios(std::min(ours.size(), bare.size()));
+    std::transform(bare.begin(), bare.begin() + static_cast<std::ptrdiff_t>(ratios.size()), ours.begin(),
+                   ratios.begin(), [](double below, double above) { return below > 0 ? above / below : 0; });
+    return " " + timeText(median(bare)) + " | " + timeText(median(ours)) + " | **" + ratioText(median(ratios)) + "** |";
 }
 
 void writeHead(std::ostream& output, const Measurement& measurement) {
@@ -94,7 +100,10 @@ Collector runInTurns(const Measurement& measurement, int repetitions) {
     for (int repetition = 0; repetition < repetitions; ++repetition) {
         for (const auto& [name, function] : {std::pair(floorName(measurement), measurement.floor),
                                              std::pair(subjectName(measurement), measurement.subject)}) {
-            benchmark::RegisterBenchmark(name.c_str(), function)->UseManualTime()->MeasureProcessCPUTime();
+            benchmark::RegisterBenchmark(name.c_str(), function)
+                ->UseManualTime()
+                ->MeasureProcessCPUTime()
+                ->MinTime(kShortestTurn);
         }
         benchmark::RunSpecifiedBenchmarks(&collector, "all");
         benchmark::ClearRegisteredBenchmarks();

@@ -54,7 +54,8 @@ struct Measurement {
 
 /// Runs measurements and tells them as Markdown tables of times and ratios.
 ///
-/// Floor and subject are repeated in turns, so that a machine that slows down slows both; what is told is the median.
+/// Floor and subject take turns, so that a machine that slows down slows both; what is told are the medians of the
+/// times and of the ratios of each turn.
 class Measurements final {
 public:
     void add(Measurement measurement) { m_measurements.push_back(std::move(measurement)); }

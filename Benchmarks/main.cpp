@@ -49,7 +49,7 @@ std::string measured(bool isFull, bool hasMemory) {
     addJournalMeasurements(measurements, isFull);
     addStartMeasurements(measurements, isFull);
     addPieceMeasurements(measurements);
-    measurements.run(tables, isFull ? 5 : 3);
+    measurements.run(tables, isFull ? 9 : 5);
     if (hasMemory) {
         writeMemoryTables(tables, isFull);
     }

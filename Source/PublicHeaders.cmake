@@ -37,6 +37,7 @@ set(QVL_PUBLIC_HEADERS
     Core/Scripts/QVLScriptObject.h
     Libraries/Reachability/QVLReachability.h
     Platform/QVLDate.h
+    Platform/QVLDurability.h
     Platform/QVLError.h
     Platform/QVLMainRunLoop.h
     Platform/QVLNotificationCenter.h

@@ -114,7 +114,7 @@ QVLResult<std::string> MemoryFiles::contentsOfFileAtPath(const std::string& path
                                 : QVLResult<std::string>::failure("There is no such file.");
 }
 
-QVLOutcome MemoryFiles::writeAtomically(std::string_view data, const std::string& path, Durability /*durability*/) {
+QVLOutcome MemoryFiles::writeAtomically(std::string_view data, const std::string& path, QVLDurability /*durability*/) {
     files[path] = data;
     return QVLOutcome::success();
 }

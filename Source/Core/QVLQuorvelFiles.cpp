@@ -46,7 +46,7 @@ QVLJSONDictionary QVLQuorvel::loadOutputsCache() const {
 void QVLQuorvel::saveOutputsCache(const QVLJSONDictionary& outputs) const {
     // The next run makes it again, so no run waits for the disk.
     QVLJSONStore::sharedStore()->saveJSONObject(outputs, pathInQuorvelDirectory(kQVLOutputsCacheFile),
-                                                QVLFileManager::Durability::Fleeting);
+                                                QVLDurability::Fleeting);
 }
 
 std::shared_ptr<QVLJournals> QVLQuorvel::loadJournals() const {
@@ -67,10 +67,10 @@ std::shared_ptr<QVLJournals> QVLQuorvel::loadJournals() const {
 void QVLQuorvel::saveJournals() const {
     const QVLJSONStore& store = *QVLJSONStore::sharedStore();
     const std::string path = pathInQuorvelDirectory(kQVLJournalsFile);
-    if (const QVLJSONWriteResult written = m_journals->publishedText()) {
+    if (const QVLJSONWriteResult written = m_journals->textToSave()) {
         store.saveJSONText(written.text, path);
     } else {
         // Says what cannot be written.
-        store.saveJSONObject(m_journals->publishedJSONObject(), path);
+        store.saveJSONObject(m_journals->qvl_JSONObject(), path);
     }
 }

@@ -3,6 +3,7 @@
 #include "QVLAnalyticsEventInternal.h"
 #include "QVLDate.h"
 #include "QVLJavaScriptContext.h"
+#include "QVLJournalPages.h"
 #include "QVLJournals.h"
 #include "QVLPropertyCollection.h"
 #include "QVLPublished.h"

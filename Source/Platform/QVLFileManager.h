@@ -1,6 +1,7 @@
 #pragma once
 
 #include "QVLDate.h"
+#include "QVLDurability.h"
 #include "QVLResult.h"
 
 #include <string>
@@ -22,17 +23,13 @@ public:
     /// The whole file's bytes.
     [[nodiscard]] virtual QVLResult<std::string> contentsOfFileAtPath(const std::string& path) const = 0;
 
-    /// What a write promises beyond the process's own end: what is durable outlives the loss of power too. What is not
-    /// costs no wait for the disk; after a loss of power the file may be the old one, the new one or, on some file
-    /// systems, empty.
-    enum class Durability { Durable, Fleeting };
-    /// Replaces the file whole: written aside in the same directory, brought to disk, then moved over the target, so
-    /// that a reader or a crash at any moment finds the old content or the new. Keeps an existing file's permissions. A
+    /// Replaces the file whole: written aside in the same directory, brought to disk where it is to be durable, then
+    /// moved over the target, so that a reader or the process's end at any moment finds the old content or the new. Keeps an existing file's permissions. A
     /// failure leaves the old file as it was and nothing aside.
     [[nodiscard]] virtual QVLOutcome writeAtomically(std::string_view data, const std::string& path,
-                                                     Durability durability) = 0;
+                                                     QVLDurability durability) = 0;
     [[nodiscard]] QVLOutcome writeAtomically(std::string_view data, const std::string& path) {
-        return writeAtomically(data, path, Durability::Durable);
+        return writeAtomically(data, path, QVLDurability::Durable);
     }
 
     /// Removes a file, or a directory with all that it holds.

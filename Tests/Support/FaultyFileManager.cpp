@@ -28,7 +28,8 @@ QVLResult<std::string> FaultyFileManager::contentsOfFileAtPath(const std::string
     return error ? QVLResult<std::string>::failure(*error) : m_real->contentsOfFileAtPath(path);
 }
 
-QVLOutcome FaultyFileManager::writeAtomically(std::string_view data, const std::string& path, Durability durability) {
+QVLOutcome FaultyFileManager::writeAtomically(std::string_view data, const std::string& path,
+                                              QVLDurability durability) {
     const auto error = errorOf(writeFault, path);
     return error ? QVLOutcome::failure(*error) : m_real->writeAtomically(data, path, durability);
 }

@@ -37,7 +37,7 @@ public:
     [[nodiscard]] QVLResult<std::string> contentsOfFileAtPath(const std::string& path) const override;
     using QVLFileManager::writeAtomically;
     [[nodiscard]] QVLOutcome writeAtomically(std::string_view data, const std::string& path,
-                                             Durability durability) override;
+                                             QVLDurability durability) override;
     [[nodiscard]] QVLOutcome removeItemAtPath(const std::string& path) override;
     [[nodiscard]] QVLOutcome createDirectoryAtPath(const std::string& path, bool withIntermediateDirectories) override;
     [[nodiscard]] QVLResult<QVLDate> creationDateOfItemAtPath(const std::string& path) const override;

@@ -1,8 +1,8 @@
 #include "QVLJournalCollection.h"
 
+#include "QVLJournalPages.h"
 #include "QVLLogMacros.h"
-
-#include <utility>
+#include "QVLPublished.h"
 
 namespace {
 
@@ -24,6 +24,15 @@ QVLJSONDictionary withoutEmptyRecords(const QVLJSONDictionary& records) {
 
 } // namespace
 
+struct QVLJournalCollection::Published {
+    QVLPublished<QVLJournalPages> pages;
+};
+
+QVLJournalCollection::QVLJournalCollection(const QVLRecordClass& journalClass)
+    : m_journalClass(journalClass), m_published(std::make_unique<Published>()) {}
+
+QVLJournalCollection::~QVLJournalCollection() = default;
+
 std::shared_ptr<QVLJournalCollection> QVLJournalCollection::initWithJournalClass(const QVLRecordClass& journalClass) {
     std::shared_ptr<QVLJournalCollection> collection(new QVLJournalCollection(journalClass));
     collection->m_self = collection;
@@ -37,11 +46,11 @@ void QVLJournalCollection::setCollection(const QVLJSONDictionary& collection) {
     }
     // Whoever is told of the change may drop this collection.
     const std::shared_ptr<QVLJournalCollection> self = m_self.lock();
+    m_isReplacing = true;
     disownRecords();
     QVLPropertyCollection::setCollection(collection);
     ownRecords();
-    // While they belonged to nobody, records may have changed unseen.
-    m_mayHoldUnseenChanges = true;
+    m_isReplacing = false;
 }
 
 void QVLJournalCollection::disownRecords() const {
@@ -63,11 +72,16 @@ void QVLJournalCollection::ownRecords() const {
 }
 
 void QVLJournalCollection::recordDidChange(const QVLJSONString& key) {
-    if (key.text().empty() || std::exchange(m_mayHoldUnseenChanges, false)) {
-        processChangedCollectionItems();
-    } else {
+    if (!key.text().empty() && !mayHoldUnseenChanges()) {
         processChangedItemForKey(key);
+        return;
     }
+    m_wasToldWhileReplacing = false;
+    processChangedCollectionItems();
+}
+
+bool QVLJournalCollection::mayHoldUnseenChanges() const {
+    return m_wasToldWhileReplacing || !collectionOverrides().isEmpty();
 }
 
 void QVLJournalCollection::willReport(const std::vector<QVLJSONDictionary::Entry>& changes) {
@@ -76,10 +90,12 @@ void QVLJournalCollection::willReport(const std::vector<QVLJSONDictionary::Entry
     for (const QVLJSONDictionary::Entry& change : changes) {
         members.push_back({change.key, isEmptyRecord(change.value) ? QVLJSONValue() : change.value.qvl_JSONObject()});
     }
-    m_pages.store(m_pages.load()->with(members));
+    m_published->pages.store(m_published->pages.load()->with(members));
+    m_wasToldWhileReplacing = m_wasToldWhileReplacing || (m_isReplacing && delegate());
 }
 
 std::shared_ptr<QVLJournalObject> QVLJournalCollection::nonNullObjectForKey(const std::string& key) {
+    const std::shared_ptr<QVLJournalCollection> self = m_self.lock();
     const QVLJSONDictionary records = collection();
     if (!records.hasKey(key) && m_journalClass.init) {
         setCollection(records.withValueForKey(QVLJSONValue::record(m_journalClass.init()), key));
@@ -89,6 +105,10 @@ std::shared_ptr<QVLJournalObject> QVLJournalCollection::nonNullObjectForKey(cons
 
 QVLJSONDictionary QVLJournalCollection::nonEmptyCollection() const {
     return withoutEmptyRecords(collectionWithOverrides());
+}
+
+QVLJournalPages QVLJournalCollection::publishedRecords() const {
+    return *m_published->pages.load();
 }
 
 bool QVLJournalCollection::considerItem(const QVLJSONValue& item, const QVLJSONValue& sameAsItem) const {

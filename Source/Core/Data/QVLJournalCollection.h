@@ -1,9 +1,9 @@
 #pragma once
 
 #include "QVLJournalObject.h"
-#include "QVLJournalPages.h"
 #include "QVLPropertyCollection.h"
-#include "QVLPublished.h"
+
+class QVLJournalPages;
 
 /// Told of changes of a journal collection.
 class QVL_EXPORT QVLJournalCollectionDelegate : public QVLPropertyCollectionDelegate {};
@@ -18,6 +18,8 @@ public:
     /// An empty collection. A class that does not derive from `QVLJournalObject` fails an assertion.
     [[nodiscard]] static std::shared_ptr<QVLJournalCollection> initWithJournalClass(const QVLRecordClass& journalClass);
 
+    ~QVLJournalCollection() override;
+
     /// Replaces the base layer: the old records no longer report to this collection, the new ones do, and what changed
     /// is reported. The very dictionary already held does nothing.
     void setCollection(const QVLJSONDictionary& collection) override;
@@ -30,10 +32,13 @@ public:
     [[nodiscard]] QVLJSONDictionary nonEmptyCollection() const;
 
     /// What was last reported, without the empty records. Any thread.
-    [[nodiscard]] QVLJournalPages publishedRecords() const { return *m_pages.load(); }
+    [[nodiscard]] QVLJournalPages publishedRecords() const;
 
     /// Called by the record under the key when it has changed: reports it, if it differs from the last report.
     void recordDidChange(const QVLJSONString& key);
+    /// Whether records may have changed that report to nobody: those among the overrides, and those that somebody
+    /// changed while he was told of a replacement of the base layer. Only a look at all records finds such changes.
+    [[nodiscard]] bool mayHoldUnseenChanges() const;
 
     /// An empty record and a missing one are the same; records otherwise compare with `isEqual`.
     [[nodiscard]] bool considerItem(const QVLJSONValue& item, const QVLJSONValue& sameAsItem) const override;
@@ -44,13 +49,16 @@ public:
     [[nodiscard]] std::string className() const override { return "QVLJournalCollection"; }
 
 private:
-    explicit QVLJournalCollection(const QVLRecordClass& journalClass) : m_journalClass(journalClass) {}
+    struct Published;
+
+    explicit QVLJournalCollection(const QVLRecordClass& journalClass);
     void disownRecords() const;
     void ownRecords() const;
     void willReport(const std::vector<QVLJSONDictionary::Entry>& changes) override;
 
     QVLRecordClass m_journalClass;
-    QVLPublished<QVLJournalPages> m_pages;
-    bool m_mayHoldUnseenChanges = false;
+    const std::unique_ptr<Published> m_published;
+    bool m_isReplacing = false;
+    bool m_wasToldWhileReplacing = false;
     std::weak_ptr<QVLJournalCollection> m_self;
 };

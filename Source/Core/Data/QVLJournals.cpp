@@ -1,6 +1,7 @@
 #include "QVLJournals.h"
 
 #include "QVLDateFormatter.h"
+#include "QVLJournalPages.h"
 #include "QVLLogMacros.h"
 
 #include <utility>
@@ -101,6 +102,7 @@ std::shared_ptr<QVLJournalFlag> QVLJournals::flagForKey(const std::string& key) 
 }
 
 void QVLJournals::triggerSessionEventForKey(const std::string& key) {
+    const std::shared_ptr<QVLJournals> self = shared_from_this();
     const std::shared_ptr<QVLJournalEvent> event = eventForKey(key);
     if (!event || (m_triggeredSessionEvents.contains(key) && !event->isEmpty())) {
         return;
@@ -146,6 +148,11 @@ QVLJSONValue QVLJournals::qvl_JSONObject() const {
 QVLJSONValue QVLJournals::publishedJSONObject() const {
     return fileForm(m_eventCollection->publishedRecords().dictionary(),
                     m_flagCollection->publishedRecords().dictionary());
+}
+
+QVLJSONWriteResult QVLJournals::textToSave() const {
+    const bool isAllPublished = !m_eventCollection->mayHoldUnseenChanges() && !m_flagCollection->mayHoldUnseenChanges();
+    return isAllPublished ? publishedText() : QVLJSONSerialization::dataWithJSONObject(qvl_JSONObject());
 }
 
 QVLJSONWriteResult QVLJournals::publishedText() const {

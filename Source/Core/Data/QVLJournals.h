@@ -64,6 +64,8 @@ public:
     /// The form of the journals file: "__version__", "events" and "flags", records that are empty left out. All three
     /// are always there.
     [[nodiscard]] QVLJSONValue qvl_JSONObject() const override;
+    /// Its compact text, of which only what changed is written anew where that is possible.
+    [[nodiscard]] QVLJSONWriteResult textToSave() const;
     /// The same form as of the last reported change. Any thread.
     [[nodiscard]] QVLJSONValue publishedJSONObject() const;
     /// Its compact text, of which only what changed is written anew. Any thread.

@@ -49,23 +49,21 @@ public:
         return position != m_items.end() && position->key == key ? position->value : QVLJSONValue();
     }
 
-    /// Takes over the changes, which stand in the order of their keys; nothing removes an item.
+    /// Takes over the changes, which stand in the order of their keys, all or none; nothing removes an item.
     void apply(const std::vector<Entry>& changes) {
         std::vector<Entry> added;
-        bool isAnyGone = false;
+        std::copy_if(changes.begin(), changes.end(), std::back_inserter(added), [this](const Entry& change) {
+            return !change.value.isNothing() && valueForKey(change.key).isNothing();
+        });
+        m_items.reserve(m_items.size() + added.size());
         for (const Entry& change : changes) {
             const auto position = lowerBound(m_items, change.key);
-            if (position == m_items.end() || !(position->key == change.key)) {
-                added.push_back(change);
-            } else {
+            if (position != m_items.end() && position->key == change.key) {
                 position->value = change.value;
             }
-            isAnyGone = isAnyGone || change.value.isNothing();
         }
+        std::erase_if(m_items, [](const Entry& item) { return item.value.isNothing(); });
         insert(std::move(added));
-        if (isAnyGone) {
-            std::erase_if(m_items, [](const Entry& item) { return item.value.isNothing(); });
-        }
     }
 
 private:
@@ -250,8 +248,9 @@ void QVLPropertyCollection::report(const std::vector<Entry>& changes) {
     if (changes.empty()) {
         return;
     }
-    m_state->snapshot.apply(changes);
+    // A failure until here leaves everything to the next look.
     willReport(changes);
+    m_state->snapshot.apply(changes);
     std::vector<std::string> changedKeys;
     changedKeys.reserve(changes.size());
     for (const Entry& change : changes) {

@@ -49,7 +49,8 @@ QVLJSONValue QVLJSONStore::loadJSONObjectFromFileAtPath(const std::string& path)
     return {};
 }
 
-void QVLJSONStore::saveJSONObject(const QVLJSONValue& object, const std::string& toPath, Durability durability) const {
+void QVLJSONStore::saveJSONObject(const QVLJSONValue& object, const std::string& toPath,
+                                  QVLDurability durability) const {
     const QVLJSONWriteResult data = QVLJSONSerialization::dataWithJSONObject(object);
     if (!data) {
         // Writing finds what is not valid, so that a good object is walked through only once.
@@ -63,7 +64,7 @@ void QVLJSONStore::saveJSONObject(const QVLJSONValue& object, const std::string&
     saveJSONText(data.text, toPath, durability);
 }
 
-void QVLJSONStore::saveJSONText(std::string_view text, const std::string& toPath, Durability durability) const {
+void QVLJSONStore::saveJSONText(std::string_view text, const std::string& toPath, QVLDurability durability) const {
     if (fileManager()->itemKindAtPath(toPath) == QVLFileManager::ItemKind::Directory) {
         QVL_LOG_ERROR(this, "Found directory instead of a JSON file at path: '%@'.", toPath);
         deleteItemAtPathIfExists(toPath);

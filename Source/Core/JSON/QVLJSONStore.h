@@ -1,11 +1,12 @@
 #pragma once
 
-#include "QVLFileManager.h"
+#include "QVLDurability.h"
 #include "QVLJSONValue.h"
 #include "QVLObject.h"
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 /// Reads and writes whole JSON documents as files: compact UTF-8 with an object or array at the top level.
 ///
@@ -14,8 +15,6 @@
 /// Any thread; two threads never write one path at once.
 class QVL_EXPORT QVLJSONStore final : public QVLObject {
 public:
-    using Durability = QVLFileManager::Durability;
-
     /// The process's store, made on first use. Any thread.
     [[nodiscard]] static const std::shared_ptr<QVLJSONStore>& sharedStore();
 
@@ -31,10 +30,10 @@ public:
     /// path is deleted first. A value that is not valid JSON, or a failed write, is logged and leaves the file as it
     /// was.
     void saveJSONObject(const QVLJSONValue& object, const std::string& toPath,
-                        Durability durability = Durability::Durable) const;
+                        QVLDurability durability = QVLDurability::Durable) const;
     /// The same for a document that is compact JSON text already.
     void saveJSONText(std::string_view text, const std::string& toPath,
-                      Durability durability = Durability::Durable) const;
+                      QVLDurability durability = QVLDurability::Durable) const;
 
     /// Removes what stands at the path, a directory with all its content; nothing there is no failure. The removal is
     /// announced at error level.

@@ -4,7 +4,6 @@
 #include <cerrno>
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -59,15 +58,6 @@ bool QVLLinuxFileDescriptor::writeAll(const char* data, std::size_t size) const 
 
 bool QVLLinuxFileDescriptor::synchronize() const {
     return uninterrupted([&] { return ::fsync(m_number); }) == 0;
-}
-
-bool QVLLinuxFileDescriptor::isLinked() const {
-    struct stat status = {};
-    return ::fstat(m_number, &status) == 0 && status.st_nlink > 0;
-}
-
-bool QVLLinuxFileDescriptor::tryLock() const {
-    return uninterrupted([&] { return ::flock(m_number, LOCK_EX | LOCK_NB); }) == 0;
 }
 
 bool QVLLinuxFileDescriptor::close() {

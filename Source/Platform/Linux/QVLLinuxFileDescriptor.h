@@ -21,11 +21,6 @@ public:
     [[nodiscard]] bool readAll(std::string& data) const;
     [[nodiscard]] bool writeAll(const char* data, std::size_t size) const;
     [[nodiscard]] bool synchronize() const;
-    /// Whether the file has a name left.
-    [[nodiscard]] bool isLinked() const;
-    /// Takes the file's lock without waiting for it. The system gives it back when this closes or the process ends,
-    /// however it ends.
-    [[nodiscard]] bool tryLock() const;
     /// Closes early, for whoever wants to know whether it worked.
     bool close();
 

@@ -8,8 +8,8 @@
 #include <cinttypes>
 #include <cstdint>
 #include <cstdio>
+#include <ctime>
 #include <filesystem>
-#include <optional>
 #include <random>
 #include <string_view>
 #include <system_error>
@@ -84,16 +84,14 @@ bool isNameOfReplacement(std::string_view name) {
 }
 
 /// A new file beside the target, which replaces the target on `commit` and is gone otherwise.
-///
-/// Locked from its making to its commit: a replacement that is not locked is what a killed process has left.
 class Replacement {
 public:
-    Replacement(const std::string& target, QVLFileManager::Durability durability)
-        : m_target(target), m_isDurable(durability == QVLFileManager::Durability::Durable) {}
+    Replacement(const std::string& target, QVLDurability durability)
+        : m_target(target), m_isDurable(durability == QVLDurability::Durable) {}
     Replacement(const Replacement&) = delete;
     Replacement& operator=(const Replacement&) = delete;
     ~Replacement() {
-        if (m_file) {
+        if (m_isMade) {
             ::unlink(m_path.c_str());
         }
     }
@@ -105,24 +103,28 @@ public:
             return QVLOutcome::failure(lastReason("stat"));
         }
         // A replacement is never open to more readers than the file that it replaces, not even before it is complete.
-        if (!make(isNew ? 0666 : old.st_mode & 0777)) {
+        auto file = make(isNew ? 0666 : old.st_mode & 0777);
+        if (!file) {
             return QVLOutcome::failure(lastReason("open"));
         }
-        if (!isNew && ::fchmod(m_file->number(), old.st_mode & kPermissionBits) != 0) {
+        if (!isNew && ::fchmod(file.number(), old.st_mode & kPermissionBits) != 0) {
             return QVLOutcome::failure(lastReason("chmod"));
         }
-        if (!m_file->writeAll(data.data(), data.size())) {
+        if (!file.writeAll(data.data(), data.size())) {
             return QVLOutcome::failure(lastReason("write"));
         }
-        const bool isAtRest = !m_isDurable || m_file->synchronize();
-        return isAtRest ? QVLOutcome::success() : QVLOutcome::failure(lastReason("fsync"));
+        if (m_isDurable && !file.synchronize()) {
+            return QVLOutcome::failure(lastReason("fsync"));
+        }
+        // Before the old file is given up: network file systems tell of a full disk only now.
+        return file.close() ? QVLOutcome::success() : QVLOutcome::failure(lastReason("close"));
     }
 
     QVLOutcome commit() {
         if (::rename(m_path.c_str(), m_target.c_str()) != 0) {
             return QVLOutcome::failure(lastReason("rename"));
         }
-        m_file.reset();
+        m_isMade = false;
         if (m_isDurable) {
             synchronizeDirectory();
         }
@@ -130,17 +132,17 @@ public:
     }
 
 private:
-    [[nodiscard]] bool make(mode_t mode) {
-        do {
+    [[nodiscard]] QVLLinuxFileDescriptor make(mode_t mode) {
+        // A process that was forked off counts on from the same name.
+        constexpr int kMostAttempts = 100;
+        for (int attempt = 1;; ++attempt) {
             m_path = (directoryOf(m_target) / nameOfReplacement()).string();
             auto file = QVLLinuxFileDescriptor::open(m_path, O_WRONLY | O_CREAT | O_EXCL, mode);
-            if (!file) {
-                return false;
+            m_isMade = static_cast<bool>(file);
+            if (m_isMade || errno != EEXIST || attempt == kMostAttempts) {
+                return file;
             }
-            m_file.emplace(std::move(file));
-            // Where the file system has no locks, nobody can lock a left-over one and remove it either.
-        } while ((!m_file->tryLock() && errno == EWOULDBLOCK) || !m_file->isLinked());
-        return true;
+        }
     }
 
     /// The new file stands already, so this cannot fail the write any more; some file systems refuse it.
@@ -154,15 +156,17 @@ private:
     std::string m_target;
     std::string m_path;
     bool m_isDurable;
-    /// Open until the target is replaced.
-    std::optional<QVLLinuxFileDescriptor> m_file;
+    bool m_isMade = false;
 };
 
+/// No write takes this long.
+constexpr std::time_t kSecondsUntilLeft = 3600;
+
 void removeIfLeft(const std::string& replacement) {
-    const auto file = QVLLinuxFileDescriptor::open(replacement, O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
-    // Its maker may lock it or have renamed it by now: the former gives it up for another, of the latter only the name
-    // is gone.
-    if (file && file.isRegularFile() && file.tryLock()) {
+    struct stat status = {};
+    const bool isOld = ::lstat(replacement.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+                       status.st_mtime < ::time(nullptr) - kSecondsUntilLeft;
+    if (isOld) {
         ::unlink(replacement.c_str());
     }
 }
@@ -198,7 +202,8 @@ QVLResult<std::string> QVLLinuxFileManager::contentsOfFileAtPath(const std::stri
     return file.readAll(data) ? Result::success(std::move(data)) : Result::failure(lastReason("read"));
 }
 
-QVLOutcome QVLLinuxFileManager::writeAtomically(std::string_view data, const std::string& path, Durability durability) {
+QVLOutcome QVLLinuxFileManager::writeAtomically(std::string_view data, const std::string& path,
+                                                QVLDurability durability) {
     if (!isUsable(path)) {
         return QVLOutcome::failure(lastReason("open"));
     }

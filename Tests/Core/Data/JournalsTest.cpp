@@ -192,6 +192,23 @@ TEST_F(Journals, OverridesAreHandedOutAndWrittenAndOutliveAReset) {
     EXPECT_EQ(m_journals->publishedJSONObject(), file);
 }
 
+TEST_F(Journals, AnOverrideThatChangedUnseenIsFoundWithTheNextChange) {
+    m_journals->eventForKey("b")->trigger();
+    const auto override = QVLJournalEvent::init();
+    m_journals->eventCollection()->setCollectionOverrides({{"a", QVLJSONValue::record(override)}});
+    m_journals->eventForKey("b")->trigger();
+    m_journals->eventForKey("a")->setCount(7);
+    const auto savedCount = [this] {
+        const QVLJSONValue saved = QVLJSONSerialization::JSONObjectWithData(m_journals->textToSave().text).value;
+        const QVLJSONDictionary events = saved.dictionaryOrEmpty().valueForKey("events").dictionaryOrEmpty();
+        return events.valueForKey("a").dictionaryOrEmpty().valueForKey("count").unsignedValue();
+    };
+    EXPECT_EQ(savedCount(), 7U);
+    m_journals->eventForKey("b")->trigger();
+    m_journals->eventCollection()->setCollectionOverrides({});
+    EXPECT_EQ(savedCount(), 0U);
+}
+
 TEST_F(Journals, ASessionEventCountsOncePerSession) {
     m_journals->triggerSessionEventForKey("e");
     m_journals->triggerSessionEventForKey("e");

@@ -1,12 +1,12 @@
 #include "QVLLinuxFileManager.h"
 
 #include "FileSizeLimit.h"
-#include "QVLLinuxFileDescriptor.h"
 #include "TemporaryDirectory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <thread>
@@ -76,8 +76,9 @@ TEST_F(QVLLinuxFileManagerTest, TheFirstWriteRemovesWhatAKilledProcessLeftAndNot
     for (const std::string& name : {left, underWay, left + "0", std::string(".quorvel-notes0123456789")}) {
         std::ofstream(directory.path(name)) << "x";
     }
-    const auto writer = QVLLinuxFileDescriptor::open(directory.path(underWay), O_RDWR);
-    ASSERT_TRUE(writer.tryLock());
+    for (const std::string& name : {left, left + "0", std::string(".quorvel-notes0123456789")}) {
+        fs::last_write_time(directory.path(name), fs::file_time_type::clock::now() - std::chrono::hours(2));
+    }
     EXPECT_TRUE(write("x", "file"));
     EXPECT_THAT(names(), UnorderedElementsAre("file", underWay, left + "0", ".quorvel-notes0123456789"));
 }
