@@ -57,7 +57,7 @@ protected:
     /// The visible row of that key.
     template <class Cell, class Section>
     [[nodiscard]] Cell& cell(const Section& shown, const std::string& key) const {
-        const QVLDebugTableView& table = *shown.parts().tableView;
+        const QVLDebugTableView& table = *shown.tableView();
         for (int row = 0; row < shown.dataSource().numberOfRowsInTableView(); ++row) {
             auto* const found = dynamic_cast<Cell*>(table.viewAtRow(row));
             if (found && found->objectValue()->key() == key) {

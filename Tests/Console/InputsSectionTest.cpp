@@ -36,7 +36,7 @@ protected:
     [[nodiscard]] QColor colorOf(const char* key) const { return input(key).attributedValue().color; }
     /// Asks for the menu of the row, or of the empty space below the rows, and chooses its item.
     void copyDefaultsKey(int row) const {
-        QVLDebugTableView& table = *inputs().parts().tableView;
+        QVLDebugTableView& table = *inputs().tableView();
         const int y = row < 0 ? table.viewport()->height() - 1 : table.rowViewportPosition(row) + 4;
         QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(20, y), QPoint(20, y));
         QApplication::sendEvent(table.viewport(), &event);
@@ -103,7 +103,7 @@ TEST_F(InputsSectionTest, EscapeAndLosingTheFocusEndAnEditWithoutAChange) {
     EXPECT_FALSE(input("plan").isEditing());
     EXPECT_TRUE(window().isVisible());
     type(input("plan"), "team");
-    inputs().parts().searchField->setFocus();
+    inputs().searchField()->setFocus();
     EXPECT_FALSE(input("plan").isEditing());
     EXPECT_TRUE(engine->inputsOverrides().isEmpty());
 }
@@ -138,15 +138,15 @@ TEST_F(InputsSectionTest, AChangeOfTheInputsKeepsWhatIsBeingTyped) {
 TEST_F(InputsSectionTest, SearchingShowsTheKeysThatContainTheText) {
     EXPECT_THAT(keysOf(inputs().dataSource().tableData()),
                 ElementsAre("count", "isOffline", "limits", "nothing", "plan"));
-    QTest::keyClicks(inputs().parts().searchField, "LI");
+    QTest::keyClicks(inputs().searchField(), "LI");
     EXPECT_THAT(keysOf(inputs().dataSource().tableData()), ElementsAre("isOffline", "limits"));
-    EXPECT_EQ(inputs().parts().tableView->viewCount(), 2);
-    inputs().parts().searchField->clear();
+    EXPECT_EQ(inputs().tableView()->viewCount(), 2);
+    inputs().searchField()->clear();
     EXPECT_EQ(inputs().dataSource().numberOfRowsInTableView(), 5);
 }
 
 TEST_F(InputsSectionTest, CopyDefaultsKeyTakesTheRowInTheListOfAllKeys) {
-    QTest::keyClicks(inputs().parts().searchField, "plan");
+    QTest::keyClicks(inputs().searchField(), "plan");
     turn();
     copyDefaultsKey(0);
     EXPECT_EQ(QApplication::clipboard()->text(), "QVLQuorvelOverride.input.count");
@@ -173,7 +173,7 @@ TEST_F(InputsSectionTest, GenerationTimesAreShownAndFollowTheInputs) {
 
 TEST_F(InputsSectionTest, LogDataLogsTheEnginesState) {
     clearLog();
-    click(inputs().parts().logButton);
+    click(inputs().logButton());
     EXPECT_EQ(messages(QVLLogLevelInfo).size(), 3U);
 }
 
@@ -181,8 +181,8 @@ TEST_F(InputsSectionTest, TheModelKeepsTheRulesOfModels) {
     const QAbstractItemModelTester tester(&inputs().dataSource(),
                                           QAbstractItemModelTester::FailureReportingMode::Fatal);
     engine->setInputs({{"other", 1}});
-    QTest::keyClicks(inputs().parts().searchField, "none");
-    inputs().parts().searchField->clear();
+    QTest::keyClicks(inputs().searchField(), "none");
+    inputs().searchField()->clear();
     EXPECT_EQ(inputs().dataSource().index(0, 0).data().toString(), "other");
     EXPECT_EQ(inputs().dataSource().index(0, 0).data(QVLDebugDataSource::ValueRole).toString(), "1");
 }
@@ -193,7 +193,7 @@ TEST_F(InputsSectionTest, AHundredThousandRowsHaveViewsForTheVisibleOnesOnly) {
         many.push_back({"key" + std::to_string(number), number});
     }
     engine->setInputs(QVLJSONDictionary(std::move(many)));
-    const QVLDebugTableView& table = *inputs().parts().tableView;
+    const QVLDebugTableView& table = *inputs().tableView();
     turn();
     EXPECT_LT(table.viewCount(), 60);
     table.verticalScrollBar()->setValue(table.verticalScrollBar()->maximum());
@@ -201,7 +201,7 @@ TEST_F(InputsSectionTest, AHundredThousandRowsHaveViewsForTheVisibleOnesOnly) {
     const int position = table.verticalScrollBar()->value();
     engine->setInputsOverrides({{"key100000", 1}});
     EXPECT_EQ(table.verticalScrollBar()->value(), position);
-    QTest::keyClicks(inputs().parts().searchField, "77777");
+    QTest::keyClicks(inputs().searchField(), "77777");
     EXPECT_THAT(keysOf(inputs().dataSource().tableData()), ElementsAre("key177777"));
 }
 

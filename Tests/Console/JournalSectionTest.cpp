@@ -1,6 +1,7 @@
 #include "ConsoleTest.h"
 
 #include "QVLDebugDataView.h"
+#include "QVLDebugJournalDataSource.h"
 #include "QVLDebugJournalTableCellView.h"
 
 #include <gmock/gmock.h>
@@ -53,7 +54,7 @@ TEST_F(JournalSectionTest, ListsWhatIsNotEmptyWithItsFields) {
     EXPECT_EQ(textOf("session", "Last time"), "2026-11-23 14:30:15");
     EXPECT_EQ(textOf("session", "Count"), "1");
     EXPECT_TRUE(field("tour", "Flag").valueButton()->isChecked());
-    QTest::keyClicks(journal().parts().searchField, "e");
+    QTest::keyClicks(journal().searchField(), "e");
     EXPECT_THAT(keysOf(journal().dataSource().tableData()), ElementsAre("session"));
 }
 
@@ -99,7 +100,8 @@ TEST_F(JournalSectionTest, ResetEmptiesOneRecordAndResetJournalsAllOfThem) {
 TEST_F(JournalSectionTest, AKeyOfAnEventAndAFlagHasTwoRows) {
     engine->journals()->eventForKey("tour")->trigger();
     EXPECT_THAT(keysOf(journal().dataSource().tableData()), ElementsAre("session", "tour", "tour"));
-    EXPECT_THAT(journal().dataSource().allJournalsKeys(), ElementsAre("empty", "session", "tour"));
+    const auto& dataSource = static_cast<QVLDebugJournalDataSource&>(journal().dataSource());
+    EXPECT_THAT(dataSource.allJournalsKeys(), ElementsAre("empty", "session", "tour"));
 }
 
 } // namespace

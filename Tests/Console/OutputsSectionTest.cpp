@@ -54,11 +54,11 @@ TEST_F(OutputsSectionTest, TheSwitchShowsWhatOthersHaveSet) {
 }
 
 TEST_F(OutputsSectionTest, TheTableSharesItsMisspeltColumnWithTheJournal) {
-    const auto& column = outputs().parts().tableView->columns()[0];
+    const auto& column = outputs().tableView()->columns()[0];
     EXPECT_EQ(column.identifier, "outpus");
     EXPECT_EQ(column.width, 800);
-    EXPECT_EQ(section<QVLDebugJournalViewController>().parts().tableView->columns()[0].identifier, "outpus");
-    EXPECT_EQ(outputs().parts().tableView->rowHeight(), 32);
+    EXPECT_EQ(section<QVLDebugJournalViewController>().tableView()->columns()[0].identifier, "outpus");
+    EXPECT_EQ(outputs().tableView()->rowHeight(), 32);
 }
 
 } // namespace

@@ -68,13 +68,13 @@ TEST_F(WindowTest, TheSameSectionsChangeNothingAndOthersRebuildTheToolbar) {
 TEST_F(WindowTest, EscapeClosesTheWindowAndOtherKeysDoNothing) {
     openConsole();
     QTest::keyClick(&window(), Qt::Key_A);
-    QTest::keyClick(section<QVLDebugInputsViewController>().parts().searchField, Qt::Key_Return);
+    QTest::keyClick(section<QVLDebugInputsViewController>().searchField(), Qt::Key_Return);
     EXPECT_TRUE(window().isVisible());
-    QTest::keyClick(section<QVLDebugInputsViewController>().parts().searchField, Qt::Key_Escape);
+    QTest::keyClick(section<QVLDebugInputsViewController>().searchField(), Qt::Key_Escape);
     EXPECT_FALSE(window().isVisible());
     controller->showWindow();
     EXPECT_TRUE(window().isVisible());
-    QTest::keyClick(section<QVLDebugInputsViewController>().parts().tableView, Qt::Key_Escape);
+    QTest::keyClick(section<QVLDebugInputsViewController>().tableView(), Qt::Key_Escape);
     EXPECT_FALSE(window().isVisible());
 }
 

@@ -1,12 +1,9 @@
 #include "QVLDebugInputsDataSource.h"
 
-#include "QVLDebugDefaultsKeyMenu.h"
 #include "QVLDebugInputsContent.h"
 #include "QVLDebugInputsTableCellView.h"
 #include "QVLInputsManager.h"
 #include "QVLQuorvel.h"
-
-#include <QMenu>
 
 QVLDebugInputsDataSource::QVLDebugInputsDataSource(QVLDebugTableView* tableView,
                                                    const std::shared_ptr<QVLQuorvel>& quorvel,
@@ -21,7 +18,12 @@ QVLDebugTableCellViewClass QVLDebugInputsDataSource::tableCellViewClass() const 
 }
 
 void QVLDebugInputsDataSource::startObservingChanges() {
-    reloadOnNotification(kQVLInputsDidChangeNotification);
+    observe(kQVLInputsDidChangeNotification, quorvel(),
+            [this](const QVLNotification& notification) { inputsDidChange(notification); });
+}
+
+void QVLDebugInputsDataSource::inputsDidChange(const QVLNotification& /*notification*/) {
+    reloadData();
 }
 
 void QVLDebugInputsDataSource::reloadData() {
@@ -31,13 +33,6 @@ void QVLDebugInputsDataSource::reloadData() {
     }
 }
 
-QMenu* QVLDebugInputsDataSource::contextMenu() {
-    if (!m_contextMenu) {
-        m_contextMenu = qvl_makeDefaultsKeyMenu(tableView(), [this] { copyDefaultsKey(); });
-    }
-    return m_contextMenu;
-}
-
-void QVLDebugInputsDataSource::copyDefaultsKey() {
-    qvl_copyDefaultsKey(qvl_inputDefaultsKey(*quorvel(), tableView()->clickedRow()));
+std::optional<std::string> QVLDebugInputsDataSource::defaultsKeyForRow(int clickedRow) const {
+    return qvl_inputDefaultsKey(*quorvel(), clickedRow);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "QVLDebugDataSource.h"
+#include "QVLDebugOverridesDataSource.h"
 
 class QVLDebugInputsDataSource;
 class QVLInputsManager;
@@ -13,7 +13,7 @@ public:
 };
 
 /// The inputs of an engine as rows, kept up to date.
-class QVLDebugInputsDataSource final : public QVLDebugDataSource {
+class QVLDebugInputsDataSource final : public QVLDebugOverridesDataSource {
     Q_OBJECT
 
 public:
@@ -23,15 +23,14 @@ public:
                              QVLDebugInputsDataSourceDelegate* delegate);
 
     [[nodiscard]] QVLDebugTableCellViewClass tableCellViewClass() const override;
+    void startObservingChanges() override;
+    void inputsDidChange(const QVLNotification& notification);
     void reloadData() override;
-    [[nodiscard]] QMenu* contextMenu() override;
-    void copyDefaultsKey();
 
 protected:
-    void startObservingChanges() override;
+    [[nodiscard]] std::optional<std::string> defaultsKeyForRow(int clickedRow) const override;
 
 private:
     const std::shared_ptr<QVLInputsManager> m_inputsManager;
     QVLDebugInputsDataSourceDelegate* const m_delegate;
-    QPointer<QMenu> m_contextMenu;
 };

@@ -6,11 +6,9 @@
 #include "QVLDebugText.h"
 #include "QVLDebugWindow.h"
 #include "QVLInputsManager.h"
-#include "QVLQuorvel.h"
 
-#include <QHBoxLayout>
+#include <QBoxLayout>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPushButton>
 
 namespace {
@@ -29,7 +27,7 @@ QVLDebugInputsViewController::initWithQuorvel(const std::shared_ptr<QVLQuorvel>&
 
 QVLDebugInputsViewController::QVLDebugInputsViewController(std::shared_ptr<QVLQuorvel> quorvel,
                                                            std::shared_ptr<QVLInputsManager> inputsManager)
-    : m_quorvel(std::move(quorvel)), m_inputsManager(std::move(inputsManager)) {
+    : QVLDebugTableViewController(std::move(quorvel)), m_inputsManager(std::move(inputsManager)) {
     loadView();
 }
 
@@ -44,35 +42,18 @@ QIcon QVLDebugInputsViewController::toolbarIcon() const {
 }
 
 void QVLDebugInputsViewController::loadView() {
-    auto* const table = QVLDebugTableView::tableViewWithFrame({}, {{{kQVLTableColumnIdentifier, "inputs"},
-                                                                    {kQVLTableColumnTitle, "Inputs"},
-                                                                    {kQVLTableColumnWidth, kQVLInputsViewWidth}}});
-    table->setPlainStyle();
-    table->setRowHeight(kRowHeight);
-    m_section = qvl_makeTableSectionView(table);
+    makeView({"inputs", "Inputs", kQVLInputsViewWidth, kRowHeight});
     m_generationTimeLabel = qvl_selectableLabel(view());
     m_generationTimeLabel->setMinimumHeight(kBottomRowHeight);
     m_reloadButton = qvl_lowButton(qvl_localizedString("Update Inputs Now"), view());
     m_reloadButton->setEnabled(m_inputsManager != nullptr);
-    m_section.bottomRow->addWidget(m_generationTimeLabel);
-    m_section.bottomRow->addSpacing(kLeastGap);
-    m_section.bottomRow->addStretch(1);
-    m_section.bottomRow->addWidget(m_reloadButton);
-
-    QObject::connect(m_section.searchField, &QLineEdit::textChanged, view(), [this] { search(m_section.searchField); });
-    QObject::connect(m_section.logButton, &QPushButton::clicked, view(), [this] { logData(m_section.logButton); });
+    bottomRow().addWidget(m_generationTimeLabel);
+    bottomRow().addSpacing(kLeastGap);
+    bottomRow().addStretch(1);
+    bottomRow().addWidget(m_reloadButton);
     QObject::connect(m_reloadButton, &QPushButton::clicked, view(), [this] { reloadInputs(m_reloadButton); });
-    m_dataSource = std::make_unique<QVLDebugInputsDataSource>(table, m_quorvel, m_inputsManager, this);
+    setDataSource(std::make_unique<QVLDebugInputsDataSource>(tableView(), quorvel(), m_inputsManager, this));
     updateGenerationTime();
-}
-
-void QVLDebugInputsViewController::search(QLineEdit* sender) {
-    const std::string text = qvl_text(sender->text());
-    m_dataSource->setFilterPredicate(text.empty() ? QVLDebugFilterPredicate() : qvl_keyContains(text));
-}
-
-void QVLDebugInputsViewController::logData(QPushButton* /*sender*/) {
-    m_quorvel->logData();
 }
 
 void QVLDebugInputsViewController::reloadInputs(QPushButton* /*sender*/) {

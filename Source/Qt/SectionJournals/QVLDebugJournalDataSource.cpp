@@ -18,8 +18,18 @@ QVLDebugTableCellViewClass QVLDebugJournalDataSource::tableCellViewClass() const
 }
 
 void QVLDebugJournalDataSource::startObservingChanges() {
-    reloadOnNotification(kQVLJournalsDidChangeNotification);
-    reloadOnNotification(kQVLOutputsDidChangeNotification);
+    observe(kQVLJournalsDidChangeNotification, quorvel(),
+            [this](const QVLNotification& notification) { journalsDidChange(notification); });
+    observe(kQVLOutputsDidChangeNotification, quorvel(),
+            [this](const QVLNotification& notification) { outputsDidChange(notification); });
+}
+
+void QVLDebugJournalDataSource::journalsDidChange(const QVLNotification& /*notification*/) {
+    reloadData();
+}
+
+void QVLDebugJournalDataSource::outputsDidChange(const QVLNotification& /*notification*/) {
+    reloadData();
 }
 
 void QVLDebugJournalDataSource::reloadData() {

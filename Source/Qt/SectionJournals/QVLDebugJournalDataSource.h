@@ -14,8 +14,8 @@ public:
 
     [[nodiscard]] std::set<std::string> allJournalsKeys() const;
     [[nodiscard]] QVLDebugTableCellViewClass tableCellViewClass() const override;
-    void reloadData() override;
-
-protected:
     void startObservingChanges() override;
+    void journalsDidChange(const QVLNotification& notification);
+    void outputsDidChange(const QVLNotification& notification);
+    void reloadData() override;
 };

@@ -1,10 +1,11 @@
 #include "QVLDebugJournalTableCellView.h"
 
 #include "QVLDebugAppearance.h"
-#include "QVLDebugDataView.h"
 #include "QVLDebugJournalDataSourceObject.h"
 #include "QVLDebugLocalization.h"
 #include "QVLDebugText.h"
+#include "QVLJournalEvent.h"
+#include "QVLJournalFlag.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -56,50 +57,67 @@ void QVLDebugJournalTableCellView::setObjectValue(const std::shared_ptr<QVLDebug
     reloadData();
 }
 
-std::shared_ptr<QVLDebugJournalDataSourceObject> QVLDebugJournalTableCellView::journalRow() const {
-    return std::dynamic_pointer_cast<QVLDebugJournalDataSourceObject>(m_objectValue);
+const QVLDebugJournalDataSourceObject& QVLDebugJournalTableCellView::journalRow() const {
+    return dynamic_cast<const QVLDebugJournalDataSourceObject&>(*m_objectValue);
 }
 
 void QVLDebugJournalTableCellView::reloadData() {
-    const auto row = journalRow();
-    if (!row) {
-        return;
-    }
-    m_keyLabel->setText(qvl_text(row->title()));
-    m_keyLabel->setToolTip(qvl_text(row->title()).toHtmlEscaped());
-    const std::vector<QVLDebugJournalField> fields = row->fields();
-    // The views of the fields stay, and with them what is being typed: a record may change at any time.
-    setFieldCount(fields.size());
-    for (std::size_t index = 0; index < fields.size(); ++index) {
-        QVLDebugDataView& fieldView = *m_fieldViews[index];
-        fieldView.setDataName(fields[index].name);
-        fieldView.setDataValue(fields[index].value, fields[index].type);
-        fieldView.setOverrideHandler([self = QPointer(this), write = fields[index].write](const QVLDebugValue& value) {
-            write(value);
-            // A record that stayed as it was announces nothing, and would leave the typed value standing as an override.
-            if (self) {
-                self->reloadData();
-            }
-        });
+    const QString title = qvl_text(journalRow().title());
+    m_keyLabel->setText(title);
+    m_keyLabel->setToolTip(title.toHtmlEscaped());
+    setupValues();
+}
+
+void QVLDebugJournalTableCellView::setupValues() {
+    m_fieldCount = 0;
+    const std::shared_ptr<QVLJournalObject>& record = journalRow().journalObject();
+    if (const auto event = std::dynamic_pointer_cast<QVLJournalEvent>(record)) {
+        addFieldsForEvent(event);
+    } else if (const auto flag = std::dynamic_pointer_cast<QVLJournalFlag>(record)) {
+        addFieldsForFlag(flag);
     }
 }
 
-void QVLDebugJournalTableCellView::setFieldCount(std::size_t count) {
-    while (m_fieldViews.size() > count) {
-        m_fieldViews.back()->hide();
-        m_fieldViews.back()->deleteLater();
-        m_fieldViews.pop_back();
+void QVLDebugJournalTableCellView::addFieldsForEvent(const std::shared_ptr<QVLJournalEvent>& event) {
+    addFields(qvl_fieldsForEvent(event));
+}
+
+void QVLDebugJournalTableCellView::addFieldsForFlag(const std::shared_ptr<QVLJournalFlag>& flag) {
+    addFields(qvl_fieldsForFlag(flag));
+}
+
+void QVLDebugJournalTableCellView::addFields(std::vector<QVLDebugJournalField> fields) {
+    for (QVLDebugJournalField& field : fields) {
+        addFieldWithDataName(field.name, field.value, field.type,
+                             [self = QPointer(this), write = std::move(field.write)](const QVLDebugValue& value) {
+                                 write(value);
+                                 // A record that stayed as it was announces nothing, and would leave the typed value
+                                 // standing as an override.
+                                 if (self) {
+                                     self->reloadData();
+                                 }
+                             });
     }
-    while (m_fieldViews.size() < count) {
+}
+
+void QVLDebugJournalTableCellView::addFieldWithDataName(const std::string& dataName, const QVLDebugValue& dataValue,
+                                                        QVLDebugValueType dataValueType,
+                                                        QVLDebugDataView::OverrideHandler overrideHandler) {
+    if (m_fieldCount == m_fieldViews.size()) {
         m_fieldViews.push_back(new QVLDebugDataView(m_fieldLayoutView));
         m_fieldLayout->addWidget(m_fieldViews.back());
     }
+    QVLDebugDataView& fieldView = *m_fieldViews[m_fieldCount++];
+    fieldView.setDataName(dataName);
+    fieldView.setDataValue(dataValue, dataValueType);
+    fieldView.setOverrideHandler(std::move(overrideHandler));
 }
 
 void QVLDebugJournalTableCellView::resetJournal(QPushButton* /*sender*/) {
-    const auto row = journalRow();
     const QPointer<QVLDebugJournalTableCellView> self(this);
-    row->journalObject()->reset();
+    // The row may be given up while its record tells of the change.
+    const std::shared_ptr<QVLJournalObject> record = journalRow().journalObject();
+    record->reset();
     if (self) {
         reloadData();
     }

@@ -1,15 +1,14 @@
 #pragma once
 
+#include "QVLDebugDataView.h"
+#include "QVLDebugJournalFields.h"
 #include "QVLDebugTableCellViewProtocol.h"
-
-#include <QWidget>
 
 #include <vector>
 
 class QLabel;
 class QPushButton;
 class QVBoxLayout;
-class QVLDebugDataView;
 class QVLDebugJournalDataSourceObject;
 
 /// A row of the journal table: the fields of an event or a flag, which edits change at once, and a button that empties
@@ -34,13 +33,20 @@ public:
 private:
     void setupSubviews();
     void setupLayout();
-    void setFieldCount(std::size_t count);
-    [[nodiscard]] std::shared_ptr<QVLDebugJournalDataSourceObject> journalRow() const;
+    /// Fills the fields anew. Their views stay, and with them what is being typed: a record may change at any time.
+    void setupValues();
+    void addFieldWithDataName(const std::string& dataName, const QVLDebugValue& dataValue,
+                              QVLDebugValueType dataValueType, QVLDebugDataView::OverrideHandler overrideHandler);
+    void addFieldsForEvent(const std::shared_ptr<QVLJournalEvent>& event);
+    void addFieldsForFlag(const std::shared_ptr<QVLJournalFlag>& flag);
+    void addFields(std::vector<QVLDebugJournalField> fields);
+    [[nodiscard]] const QVLDebugJournalDataSourceObject& journalRow() const;
 
     std::shared_ptr<QVLDebugDataSourceObject> m_objectValue;
     QLabel* m_keyLabel = nullptr;
     QWidget* m_fieldLayoutView = nullptr;
     QVBoxLayout* m_fieldLayout = nullptr;
     std::vector<QVLDebugDataView*> m_fieldViews;
+    std::size_t m_fieldCount = 0;
     QPushButton* m_resetButton = nullptr;
 };

@@ -2,12 +2,13 @@
 
 #include "QVLDebugAppearance.h"
 #include "QVLDebugJournalContent.h"
+#include "QVLDebugJournalDataSource.h"
 #include "QVLDebugLocalization.h"
 #include "QVLDebugText.h"
 #include "QVLDebugWindow.h"
 #include "QVLQuorvel.h"
 
-#include <QHBoxLayout>
+#include <QBoxLayout>
 #include <QLineEdit>
 #include <QPushButton>
 
@@ -24,7 +25,7 @@ QVLDebugJournalViewController::initWithQuorvel(const std::shared_ptr<QVLQuorvel>
 }
 
 QVLDebugJournalViewController::QVLDebugJournalViewController(std::shared_ptr<QVLQuorvel> quorvel)
-    : m_quorvel(std::move(quorvel)) {
+    : QVLDebugTableViewController(std::move(quorvel)) {
     loadView();
 }
 
@@ -40,20 +41,12 @@ QIcon QVLDebugJournalViewController::toolbarIcon() const {
 
 void QVLDebugJournalViewController::loadView() {
     // The description is that of the outputs' table, misspelling included; keep both alike.
-    auto* const table = QVLDebugTableView::tableViewWithFrame({}, {{{kQVLTableColumnIdentifier, "outpus"},
-                                                                    {kQVLTableColumnTitle, "Outputs"},
-                                                                    {kQVLTableColumnWidth, kQVLJournalViewWidth}}});
-    table->setPlainStyle();
-    table->setRowHeight(kRowHeight);
-    m_section = qvl_makeTableSectionView(table);
+    makeView({"outpus", "Outputs", kQVLJournalViewWidth, kRowHeight});
     m_resetButton = qvl_lowButton(qvl_localizedString("Reset Journals"), view());
-    m_section.bottomRow->addStretch(1);
-    m_section.bottomRow->addWidget(m_resetButton);
-
-    QObject::connect(m_section.searchField, &QLineEdit::textChanged, view(), [this] { search(m_section.searchField); });
-    QObject::connect(m_section.logButton, &QPushButton::clicked, view(), [this] { logData(m_section.logButton); });
+    bottomRow().addStretch(1);
+    bottomRow().addWidget(m_resetButton);
     QObject::connect(m_resetButton, &QPushButton::clicked, view(), [this] { resetJournals(m_resetButton); });
-    m_dataSource = std::make_unique<QVLDebugJournalDataSource>(table, m_quorvel);
+    setDataSource(std::make_unique<QVLDebugJournalDataSource>(tableView(), quorvel()));
     updateFilterPredicate();
 }
 
@@ -61,14 +54,10 @@ void QVLDebugJournalViewController::search(QLineEdit* /*sender*/) {
     updateFilterPredicate();
 }
 
-void QVLDebugJournalViewController::logData(QPushButton* /*sender*/) {
-    m_quorvel->logData();
-}
-
 void QVLDebugJournalViewController::resetJournals(QPushButton* /*sender*/) {
-    m_quorvel->journals()->reset();
+    quorvel()->journals()->reset();
 }
 
 void QVLDebugJournalViewController::updateFilterPredicate() {
-    m_dataSource->setFilterPredicate(qvl_journalFilterPredicate(qvl_text(m_section.searchField->text())));
+    dataSource().setFilterPredicate(qvl_journalFilterPredicate(qvl_text(searchField()->text())));
 }

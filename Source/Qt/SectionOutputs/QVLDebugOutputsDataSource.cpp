@@ -1,11 +1,8 @@
 #include "QVLDebugOutputsDataSource.h"
 
-#include "QVLDebugDefaultsKeyMenu.h"
 #include "QVLDebugOutputsContent.h"
 #include "QVLDebugOutputsTableCellView.h"
 #include "QVLQuorvel.h"
-
-#include <QMenu>
 
 QVLDebugOutputsDataSource::QVLDebugOutputsDataSource(QVLDebugTableView* tableView,
                                                      const std::shared_ptr<QVLQuorvel>& quorvel) {
@@ -17,20 +14,18 @@ QVLDebugTableCellViewClass QVLDebugOutputsDataSource::tableCellViewClass() const
 }
 
 void QVLDebugOutputsDataSource::startObservingChanges() {
-    reloadOnNotification(kQVLOutputsDidChangeNotification);
+    observe(kQVLOutputsDidChangeNotification, quorvel(),
+            [this](const QVLNotification& notification) { outputsDidChange(notification); });
+}
+
+void QVLDebugOutputsDataSource::outputsDidChange(const QVLNotification& /*notification*/) {
+    reloadData();
 }
 
 void QVLDebugOutputsDataSource::reloadData() {
     updateCachedValues(qvl_outputsRows(*quorvel()));
 }
 
-QMenu* QVLDebugOutputsDataSource::contextMenu() {
-    if (!m_contextMenu) {
-        m_contextMenu = qvl_makeDefaultsKeyMenu(tableView(), [this] { copyDefaultsKey(); });
-    }
-    return m_contextMenu;
-}
-
-void QVLDebugOutputsDataSource::copyDefaultsKey() {
-    qvl_copyDefaultsKey(qvl_outputDefaultsKey(*quorvel(), tableView()->clickedRow()));
+std::optional<std::string> QVLDebugOutputsDataSource::defaultsKeyForRow(int clickedRow) const {
+    return qvl_outputDefaultsKey(*quorvel(), clickedRow);
 }

@@ -3,14 +3,12 @@
 #include "QVLDebugAppearance.h"
 #include "QVLDebugCheckBox.h"
 #include "QVLDebugLocalization.h"
+#include "QVLDebugOutputsDataSource.h"
 #include "QVLDebugText.h"
 #include "QVLDebugWindow.h"
 #include "QVLQuorvel.h"
 
-#include <QCheckBox>
-#include <QHBoxLayout>
-#include <QLineEdit>
-#include <QPushButton>
+#include <QBoxLayout>
 
 namespace {
 
@@ -25,7 +23,7 @@ QVLDebugOutputsViewController::initWithQuorvel(const std::shared_ptr<QVLQuorvel>
 }
 
 QVLDebugOutputsViewController::QVLDebugOutputsViewController(std::shared_ptr<QVLQuorvel> quorvel)
-    : m_quorvel(std::move(quorvel)) {
+    : QVLDebugTableViewController(std::move(quorvel)) {
     loadView();
 }
 
@@ -41,37 +39,25 @@ QIcon QVLDebugOutputsViewController::toolbarIcon() const {
 
 void QVLDebugOutputsViewController::loadView() {
     // The identifier is misspelt for good, and the journal's table has the same.
-    auto* const table = QVLDebugTableView::tableViewWithFrame({}, {{{kQVLTableColumnIdentifier, "outpus"},
-                                                                    {kQVLTableColumnTitle, "Outputs"},
-                                                                    {kQVLTableColumnWidth, kQVLOutputsViewWidth}}});
-    table->setPlainStyle();
-    table->setRowHeight(kRowHeight);
-    m_section = qvl_makeTableSectionView(table);
+    makeView({"outpus", "Outputs", kQVLOutputsViewWidth, kRowHeight});
     m_disableCheck = new QVLDebugCheckBox(qvl_text(qvl_localizedString("Disable all outputs")), view());
     m_disableCheck->setMinimumHeight(kBottomRowHeight);
-    m_section.bottomRow->addStretch(1);
-    m_section.bottomRow->addWidget(m_disableCheck);
-
-    QObject::connect(m_section.searchField, &QLineEdit::textChanged, view(), [this] { search(m_section.searchField); });
-    QObject::connect(m_section.logButton, &QPushButton::clicked, view(), [this] { logData(m_section.logButton); });
+    bottomRow().addStretch(1);
+    bottomRow().addWidget(m_disableCheck);
     QObject::connect(m_disableCheck, &QCheckBox::clicked, view(), [this] { disableOutputs(m_disableCheck); });
-    m_dataSource = std::make_unique<QVLDebugOutputsDataSource>(table, m_quorvel);
+    setDataSource(std::make_unique<QVLDebugOutputsDataSource>(tableView(), quorvel()));
     sectionWillDisplay();
 }
 
 void QVLDebugOutputsViewController::sectionWillDisplay() {
-    m_disableCheck->setChecked(m_quorvel->disableOutputs());
+    m_disableCheck->setChecked(quorvel()->disableOutputs());
 }
 
-void QVLDebugOutputsViewController::search(QLineEdit* sender) {
-    const std::string text = qvl_text(sender->text());
-    m_dataSource->setFilterPredicate(text.empty() ? QVLDebugFilterPredicate() : qvl_keyContains(text));
-}
-
-void QVLDebugOutputsViewController::logData(QPushButton* /*sender*/) {
-    m_quorvel->logData();
+void QVLDebugOutputsViewController::windowWillReopen() {
+    QVLDebugTableViewController::windowWillReopen();
+    sectionWillDisplay();
 }
 
 void QVLDebugOutputsViewController::disableOutputs(QCheckBox* sender) {
-    m_quorvel->setDisableOutputs(sender->isChecked());
+    quorvel()->setDisableOutputs(sender->isChecked());
 }

@@ -12,27 +12,29 @@ constexpr int kRowHeight = 40;
 
 QVLDebugScriptDataSource::QVLDebugScriptDataSource(QVLDebugTableView* tableView,
                                                    std::shared_ptr<QVLScriptManager> scriptManager)
-    : m_tableView(tableView), m_scriptManager(std::move(scriptManager)) {
-    tableView->setViewDelegate(this);
-    tableView->setModel(this);
+    : m_scriptManager(std::move(scriptManager)) {
+    setTableView(tableView);
     tableView->setRowHeight(kRowHeight);
-    if (!m_scriptManager) {
-        return;
+    if (m_scriptManager) {
+        m_scriptManager->fetchScriptsNow();
     }
-    m_scriptManager->fetchScriptsNow();
-    observe(kQVLScriptManagerDidFetchScriptsNotification);
-    observe(kQVLScriptManagerCurrentScriptNeedsReloadNotification);
+    startObservingChanges();
     reloadData(nullptr);
 }
 
-void QVLDebugScriptDataSource::observe(const char* name) {
-    m_observations.push_back(QVLNotificationCenter::defaultCenter().addObserver(
-        name, m_scriptManager, [this](const QVLNotification& notification) { reloadData(&notification); }));
+void QVLDebugScriptDataSource::startObservingChanges() {
+    if (!m_scriptManager) {
+        return;
+    }
+    for (const char* const name :
+         {kQVLScriptManagerDidFetchScriptsNotification, kQVLScriptManagerCurrentScriptNeedsReloadNotification}) {
+        observe(name, m_scriptManager, [this](const QVLNotification& notification) { reloadData(&notification); });
+    }
 }
 
 void QVLDebugScriptDataSource::reloadData(const QVLNotification* /*notification*/) {
     beginResetModel();
-    m_cachedCellInfo = qvl_scriptRows(*m_scriptManager);
+    m_cachedCellInfo = m_scriptManager ? qvl_scriptRows(*m_scriptManager) : std::vector<QVLDebugScriptCellInfo>();
     ++m_loadCount;
     endResetModel();
 }
@@ -53,14 +55,6 @@ void QVLDebugScriptDataSource::scriptTableCellDidClickUseScript(QVLScriptTableCe
     if (qvl_useScript(*m_scriptManager, cell.script())) {
         reloadData(nullptr);
     }
-}
-
-int QVLDebugScriptDataSource::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : numberOfRowsInTableView();
-}
-
-int QVLDebugScriptDataSource::columnCount(const QModelIndex& parent) const {
-    return parent.isValid() || !m_tableView ? 0 : static_cast<int>(m_tableView->columns().size());
 }
 
 QVariant QVLDebugScriptDataSource::data(const QModelIndex& index, int role) const {

@@ -91,6 +91,19 @@ void QVLDebugScriptsViewController::startObserving() {
     }
 }
 
+void QVLDebugScriptsViewController::windowDidClose() {
+    m_observations.clear();
+    m_dataSource->stopObservingChanges();
+    m_tableView->removeRowViews();
+}
+
+void QVLDebugScriptsViewController::windowWillReopen() {
+    startObserving();
+    updateStatusLabels();
+    m_dataSource->startObservingChanges();
+    m_dataSource->reloadData(nullptr);
+}
+
 void QVLDebugScriptsViewController::observeValueForKeyPath(const char* /*keyPath*/) {
     QVLMainRunLoop::mainRunLoop()->post([weak = weak_from_this()] {
         if (const auto self = weak.lock()) {

@@ -4,8 +4,6 @@
 #include "QVLDebugScriptDataSource.h"
 #include "QVLDebugSection.h"
 
-#include <QPointer>
-
 class QToolButton;
 class QVLQuorvel;
 
@@ -21,6 +19,8 @@ public:
     [[nodiscard]] QIcon toolbarIcon() const override;
     [[nodiscard]] QWidget* view() const override { return m_view.get(); }
 
+    void windowDidClose() override;
+    void windowWillReopen() override;
     void appearanceDidChange() override { updateStatusLabels(); }
 
     /// Of the time of the last run.

@@ -4,8 +4,11 @@
 #include "QVLTemplateIconEngine.h"
 #include "QVLUtilities.h"
 
+#include <QApplication>
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
+#include <QThread>
 
 #include <algorithm>
 
@@ -52,6 +55,21 @@ QLabel* qvl_selectableLabel(QWidget* parent) {
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
     label->setContextMenuPolicy(Qt::NoContextMenu);
     return label;
+}
+
+void qvl_deleteLater(QWidget& widget) {
+    widget.deleteLater();
+    if (QThread::currentThread()->loopLevel() > 0) {
+        return;
+    }
+    // A deletion that is asked for outside of every event and event loop of Qt's waits for such a loop to begin, which in
+    // a host of another toolkit never happens: it has to be sent by hand.
+    const auto send = [pointer = QPointer(&widget)] {
+        if (pointer) {
+            QCoreApplication::sendPostedEvents(pointer, QEvent::DeferredDelete);
+        }
+    };
+    QMetaObject::invokeMethod(qApp, send, Qt::QueuedConnection);
 }
 
 QPushButton* qvl_lowButton(const std::string& title, QWidget* parent) {

@@ -29,5 +29,9 @@ void qvl_setTextColor(QWidget& widget, const QColor& color);
 /// A label whose text can be selected with the mouse. A context menu asked for on it is its parent's.
 [[nodiscard]] QLabel* qvl_selectableLabel(QWidget* parent);
 
+/// Deletes the widget once nothing of it is running any more. Unlike `deleteLater` it does so in a host too whose event
+/// loop is not Qt's.
+void qvl_deleteLater(QWidget& widget);
+
 /// A button for a bottom row: as low as its text allows, but not lower than the rows' 16 points.
 [[nodiscard]] QPushButton* qvl_lowButton(const std::string& title, QWidget* parent);

@@ -3,7 +3,6 @@
 #include "QVLDebugText.h"
 #include "QVLDebugValueCoding.h"
 #include "QVLLogMacros.h"
-#include "QVLNotificationCenter.h"
 #include "QVLQuorvel.h"
 
 #include <QMenu>
@@ -11,17 +10,10 @@
 QVLDebugDataSource::~QVLDebugDataSource() = default;
 
 void QVLDebugDataSource::initWithTableView(QVLDebugTableView* tableView, const std::shared_ptr<QVLQuorvel>& quorvel) {
-    m_tableView = tableView;
     m_quorvel = quorvel;
-    tableView->setViewDelegate(this);
-    tableView->setModel(this);
+    setTableView(tableView);
     startObservingChanges();
     reloadData();
-}
-
-void QVLDebugDataSource::reloadOnNotification(const char* name) {
-    m_observations.push_back(QVLNotificationCenter::defaultCenter().addObserver(
-        name, m_quorvel, [this](const QVLNotification&) { reloadData(); }));
 }
 
 void QVLDebugDataSource::setFilterPredicate(QVLDebugFilterPredicate filterPredicate) {
@@ -35,8 +27,8 @@ void QVLDebugDataSource::updateCachedValues(QVLDebugRows rows) {
 }
 
 void QVLDebugDataSource::reloadTableData() {
-    if (m_tableView) {
-        m_tableView->setMenu(contextMenu());
+    if (tableView()) {
+        tableView()->setMenu(contextMenu());
     }
     beginResetModel();
     m_tableData = qvl_sortedAndFilteredRows(m_cachedValues, m_filterPredicate);
@@ -58,14 +50,6 @@ QWidget* QVLDebugDataSource::viewForTableColumn(int column, int row) {
     return view;
 }
 
-int QVLDebugDataSource::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : numberOfRowsInTableView();
-}
-
-int QVLDebugDataSource::columnCount(const QModelIndex& parent) const {
-    return parent.isValid() || !m_tableView ? 0 : static_cast<int>(m_tableView->columns().size());
-}
-
 QVariant QVLDebugDataSource::data(const QModelIndex& index, int role) const {
     const auto object = objectValueForTableColumn(index.column(), index.isValid() ? index.row() : -1);
     if (!object) {
@@ -79,13 +63,6 @@ QVariant QVLDebugDataSource::data(const QModelIndex& index, int role) const {
         return qvl_text(QVLDebugValueCoding().stringFromValue(shown, object->valueType()).value_or(""));
     }
     return {};
-}
-
-QVariant QVLDebugDataSource::headerData(int section, Qt::Orientation orientation, int role) const {
-    if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section < 0 || section >= columnCount()) {
-        return {};
-    }
-    return qvl_text(m_tableView->columns()[static_cast<std::size_t>(section)].title);
 }
 
 std::string QVLDebugDataSource::identifierForRow(int row) const {

@@ -171,15 +171,23 @@ void QVLDebugTableView::layOutRows() {
         rowView.view->show();
         m_views[row] = std::move(rowView);
     }
-    for (const auto& [row, gone] : old) {
+    remove(old);
+    if (hasNew) {
+        updateTabOrder();
+    }
+}
+
+void QVLDebugTableView::removeRowViews() {
+    remove(std::exchange(m_views, {}));
+}
+
+void QVLDebugTableView::remove(const RowViews& views) {
+    for (const auto& [row, gone] : views) {
         if (gone.view) {
             // One of them may be what is being told of an edit right now.
             gone.view->hide();
-            gone.view->deleteLater();
+            qvl_deleteLater(*gone.view);
         }
-    }
-    if (hasNew) {
-        updateTabOrder();
     }
 }
 

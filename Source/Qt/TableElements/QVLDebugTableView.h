@@ -68,6 +68,8 @@ public:
     /// The view of the row, or null when it is not visible.
     [[nodiscard]] QWidget* viewAtRow(int row) const;
     [[nodiscard]] int viewCount() const { return static_cast<int>(m_views.size()); }
+    /// They are made again when the table is next shown.
+    void removeRowViews();
 
     [[nodiscard]] QSize sizeHint() const override;
 
@@ -90,6 +92,7 @@ private:
     [[nodiscard]] std::pair<int, int> visibleRows() const;
     [[nodiscard]] static RowView taken(RowViews& views, const std::string& identifier);
     void updateTabOrder();
+    static void remove(const RowViews& views);
 
     const std::vector<Column> m_columns;
     QVLDebugTableViewDelegate* m_delegate = nullptr;

@@ -18,6 +18,10 @@ public:
     [[nodiscard]] virtual QWidget* view() const = 0;
     /// Called before the view is shown.
     virtual void sectionWillDisplay() {}
+    /// Called when the window was closed: nothing of the engine is observed until it reopens.
+    virtual void windowDidClose() {}
+    /// Called before the window is shown again: what changed meanwhile is loaded.
+    virtual void windowWillReopen() {}
     /// Called when the palette changed, for colours that a section derives from it.
     virtual void appearanceDidChange() {}
 };

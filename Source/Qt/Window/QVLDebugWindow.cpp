@@ -25,6 +25,8 @@ std::string identifierOf(const QAction& item) {
 
 QVLDebugWindow::QVLDebugWindow() {
     setWindowFlags(kStyle);
+    // It is the host's main window whose closing ends the application, or nothing of Qt's at all.
+    setAttribute(Qt::WA_QuitOnClose, false);
     setObjectName("QVLDebugWindow");
     auto* const content = new QWidget(this);
     m_contentLayout = new QVBoxLayout(content);
@@ -172,9 +174,29 @@ void QVLDebugWindow::restoreSize() {
     }
 }
 
-void QVLDebugWindow::closeEvent(QCloseEvent* event) {
+void QVLDebugWindow::saveSize() const {
     QVLUserDefaults::standardUserDefaults()->setObjectForKey(QVLJSONArray({width(), height()}), kQVLDebugWindowSizeKey);
-    QMainWindow::closeEvent(event);
+}
+
+void QVLDebugWindow::showEvent(QShowEvent* event) {
+    QMainWindow::showEvent(event);
+    if (!event->spontaneous() && std::exchange(m_wasClosed, false)) {
+        for (const Section& section : m_sections) {
+            section->windowWillReopen();
+        }
+    }
+}
+
+void QVLDebugWindow::hideEvent(QHideEvent* event) {
+    QMainWindow::hideEvent(event);
+    // Spontaneous ones tell of a minimised window.
+    if (event->spontaneous() || std::exchange(m_wasClosed, true)) {
+        return;
+    }
+    saveSize();
+    for (const Section& section : m_sections) {
+        section->windowDidClose();
+    }
 }
 
 void QVLDebugWindow::changeEvent(QEvent* event) {

@@ -30,7 +30,8 @@ inline constexpr const char* kQVLDebugWindowSizeKey = "QVLDebugWindowSize";
 
 /// The console's window: a toolbar that switches between sections, and the current section below it. Main thread.
 ///
-/// It opens with the size that it last had, which is kept in the user defaults.
+/// It opens with the size that it last had, which is kept in the user defaults. While it is closed its sections observe
+/// nothing; a window that is only minimised stays up to date. Closing it never ends the application.
 class QVLDebugWindow final : public QMainWindow {
     Q_OBJECT
 
@@ -71,13 +72,15 @@ public:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override { keyDown(event); }
-    void closeEvent(QCloseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
     void changeEvent(QEvent* event) override;
 
 private:
     [[nodiscard]] QAction* makeToolbarItem(const QVLDebugSection& section);
     void detachCurrentView();
     void restoreSize();
+    void saveSize() const;
 
     std::vector<Section> m_sections;
     std::weak_ptr<QVLDebugSection> m_currentSection;
@@ -85,4 +88,5 @@ private:
     QActionGroup* m_itemGroup = nullptr;
     std::vector<QAction*> m_toolbarItems;
     QVBoxLayout* m_contentLayout = nullptr;
+    bool m_wasClosed = false;
 };

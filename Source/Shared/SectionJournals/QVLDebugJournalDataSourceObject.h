@@ -3,18 +3,6 @@
 #include "QVLDebugDataSourceObject.h"
 #include "QVLJournalObject.h"
 
-#include <functional>
-#include <vector>
-
-/// One editable field of a journal record.
-struct QVLDebugJournalField {
-    std::string name;
-    QVLDebugValue value;
-    QVLDebugValueType type;
-    /// Writes straight into the record. Nothing and null empty the field.
-    std::function<void(const QVLDebugValue&)> write;
-};
-
 /// A row of the journal table: a key and the event or flag under it.
 class QVLDebugJournalDataSourceObject final : public QVLDebugDataSourceObject {
 public:
@@ -25,8 +13,6 @@ public:
     [[nodiscard]] const std::shared_ptr<QVLJournalObject>& journalObject() const { return m_journalObject; }
     /// "Event: session.started" or "Flag: tour.dismissed".
     [[nodiscard]] std::string title() const;
-    /// The record's fields as they are now.
-    [[nodiscard]] std::vector<QVLDebugJournalField> fields() const;
     /// An event and a flag may share a key.
     [[nodiscard]] std::string identifier() const override { return title(); }
 
