@@ -16,6 +16,16 @@ std::string printed(const std::string& format, Values... values) {
     return text;
 }
 
+/// The host may have chosen a locale with another decimal separator, which texts of the library do not follow.
+std::string withPoint(std::string text) {
+    const std::string half = printed("%.1f", 0.5);
+    const std::string separator = half.substr(1, half.size() - 2);
+    if (const std::size_t found = text.find(separator); found != std::string::npos) {
+        text.replace(found, separator.size(), ".");
+    }
+    return text;
+}
+
 /// The flags, width and precision of a conversion, without its length marks and letter.
 std::string flagsOf(std::string_view conversion) {
     return std::string(conversion.substr(0, conversion.find_first_of("hlqzjt", 1) < conversion.size() - 1
@@ -38,7 +48,7 @@ std::string QVLFormatArgument::textForConversion(std::string_view conversion) co
         return *text;
     }
     if (const auto* real = std::get_if<double>(&m_value)) {
-        return isNumberLetter(letter) ? printed(flagsOf(conversion) + letter, *real)
+        return isNumberLetter(letter) ? withPoint(printed(flagsOf(conversion) + letter, *real))
                                       : QVLJSONValue(*real).description();
     }
     const auto* natural = std::get_if<unsigned long long>(&m_value);

@@ -7,7 +7,9 @@ QDateTime qvl_dateTimeFromDate(QVLDate date) {
 
 std::optional<QVLDate> qvl_dateFromDateTime(const QDateTime& dateTime) {
     constexpr int kLastYear = 9999;
-    if (!dateTime.isValid() || dateTime.date().year() < 1 || dateTime.date().year() > kLastYear) {
+    // Of a time that summer time skips only the combination is invalid.
+    if (!dateTime.date().isValid() || !dateTime.time().isValid() || dateTime.date().year() < 1 ||
+        dateTime.date().year() > kLastYear) {
         return std::nullopt;
     }
     return QVLDate(std::chrono::milliseconds(dateTime.toMSecsSinceEpoch()));

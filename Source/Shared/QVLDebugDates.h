@@ -9,6 +9,6 @@
 /// The moment in the user's time zone.
 [[nodiscard]] QDateTime qvl_dateTimeFromDate(QVLDate date);
 
-/// No value for a date that does not exist, for example in the hour that summer time skips, or whose year has not
-/// between one and four digits.
+/// A time in the hour that summer time skips is the one an hour later. No value for a date that does not exist, or whose
+/// year has not between one and four digits.
 [[nodiscard]] std::optional<QVLDate> qvl_dateFromDateTime(const QDateTime& dateTime);

@@ -6,7 +6,6 @@
 #include <QRegularExpression>
 
 #include <array>
-#include <cmath>
 
 namespace {
 
@@ -122,6 +121,9 @@ std::optional<QDateTime> namedDay(const QString& text, const Context& context) {
     static const QRegularExpression kForm = expression(R"((?:(?<which>last|next|this|on) )?(?<day>\D+))");
     static const QRegularExpression kUnit = expression("week|month|year");
     const QRegularExpressionMatch match = kForm.match(text);
+    if (!match.hasMatch()) {
+        return std::nullopt;
+    }
     const QString which = match.captured("which");
     const QString day = match.captured("day");
     const bool isRelative = which == "last" || which == "next";
@@ -140,15 +142,50 @@ std::optional<QDateTime> namedDay(const QString& text, const Context& context) {
     return context.now.addDays(ahead == 0 && which == "next" ? kWeek : ahead);
 }
 
-/// Short forms often have years of two digits, which are read as of the last century.
-QDate inNearestCentury(const QDate& date, const QString& typed, const Context& context) {
-    constexpr int kCentury = 100;
-    static const QRegularExpression kFourDigits("\\d{4}");
-    if (typed.contains(kFourDigits)) {
-        return date;
+/// Where the year stands among the numbers that a format begins with.
+int positionOfYear(const QString& format) {
+    static const QRegularExpression kField("d+|M+|y+");
+    int position = 0;
+    auto field = kField.globalMatch(format);
+    while (field.hasNext() && !field.next().captured().startsWith('y')) {
+        ++position;
     }
-    const int centuries = static_cast<int>(std::lround((context.now.date().year() - date.year()) / double(kCentury)));
-    return date.addYears(centuries * kCentury);
+    return position;
+}
+
+/// Counts years of two digits from the century that brings them nearest.
+int fullYear(int year, int thisYear) {
+    constexpr int kCentury = 100;
+    const int inThisCentury = thisYear - thisYear % kCentury + year;
+    if (inThisCentury - thisYear > kCentury / 2) {
+        return inThisCentury - kCentury;
+    }
+    return thisYear - inThisCentury > kCentury / 2 ? inThisCentury + kCentury : inThisCentury;
+}
+
+/// Users write years of two and of four digits, whatever their locale's short form has.
+QString withFullYear(const QString& text, const QString& format, const Context& context) {
+    static const QRegularExpression kNumber("\\d+", QRegularExpression::UseUnicodePropertiesOption);
+    auto numbers = kNumber.globalMatch(text);
+    QRegularExpressionMatch year;
+    for (int position = positionOfYear(format); position >= 0 && numbers.hasNext(); --position) {
+        year = numbers.next();
+    }
+    constexpr qsizetype kShort = 2;
+    if (year.capturedLength() != kShort) {
+        return text;
+    }
+    QLocale locale = year.capturedView().front().unicode() < 0x80 ? QLocale::c() : context.locale;
+    locale.setNumberOptions(QLocale::OmitGroupSeparator);
+    const QString full = locale.toString(fullYear(locale.toInt(year.captured()), context.now.date().year()));
+    return text.left(year.capturedStart()) + full + text.mid(year.capturedEnd());
+}
+
+/// The format with years of four digits, and without zeros that would have to be typed before days and months.
+QString lenient(QString format) {
+    static const QRegularExpression kYear("y+");
+    static const QRegularExpression kDayOrMonth("\\b(d|M)\\1\\b");
+    return format.replace(kYear, "yyyy").replace(kDayOrMonth, "\\1");
 }
 
 std::optional<QDateTime> calendarDay(const QString& text, const Context& context) {
@@ -156,7 +193,8 @@ std::optional<QDateTime> calendarDay(const QString& text, const Context& context
     constexpr qsizetype kLengthOfDay = 10;
     QDate date = text.size() == kLengthOfDay ? QDate::fromString(text, Qt::ISODate) : QDate();
     if (!date.isValid()) {
-        date = inNearestCentury(context.locale.toDate(text, QLocale::ShortFormat), text, context);
+        const QString format = context.locale.dateFormat(QLocale::ShortFormat);
+        date = context.locale.toDate(withFullYear(text, format, context), lenient(format));
     }
     return date.isValid() ? std::optional(QDateTime(date, context.now.time())) : std::nullopt;
 }
@@ -196,6 +234,10 @@ std::optional<QDateTime> dateTime(const QString& text, const Context& context) {
     if (const std::optional<QDateTime> found = day(text, context)) {
         return found;
     }
+    static const QRegularExpression kDayTTime("(\\d)[tT](\\d)");
+    if (QString spaced = text; spaced.replace(kDayTTime, "\\1 \\2") != text) {
+        return dayAndTime(spaced, context);
+    }
     if (const std::optional<QTime> time = timeOfDay(text.startsWith("at ") ? text.mid(3) : text, context)) {
         return QDateTime(context.now.date(), *time);
     }
@@ -203,9 +245,9 @@ std::optional<QDateTime> dateTime(const QString& text, const Context& context) {
 }
 
 std::optional<QDateTime> shortForm(const QString& text, const Context& context) {
-    const QDateTime found = context.locale.toDateTime(text, QLocale::ShortFormat);
-    return found.isValid() ? std::optional(QDateTime(inNearestCentury(found.date(), text, context), found.time()))
-                           : std::nullopt;
+    const QString format = context.locale.dateTimeFormat(QLocale::ShortFormat);
+    const QDateTime found = context.locale.toDateTime(withFullYear(text, format, context), lenient(format));
+    return found.date().isValid() ? std::optional(found) : std::nullopt;
 }
 
 } // namespace

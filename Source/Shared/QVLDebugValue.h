@@ -41,11 +41,8 @@ public:
     /// The type by which a value of its kind is shown; a date has to be asked for.
     [[nodiscard]] QVLDebugValueType type() const;
 
-    /// Equal values of one kind: the number 1 is not true here, since the two look different.
-    friend bool operator==(const QVLDebugValue& a, const QVLDebugValue& b) {
-        return a.m_date == b.m_date && a.m_JSONValue.isBoolean() == b.m_JSONValue.isBoolean() &&
-               a.m_JSONValue == b.m_JSONValue;
-    }
+    /// Equal values that look alike too: the number 1 is not true here, at any depth.
+    friend bool operator==(const QVLDebugValue& a, const QVLDebugValue& b);
 
 private:
     QVLJSONValue m_JSONValue;

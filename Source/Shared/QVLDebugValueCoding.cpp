@@ -15,10 +15,6 @@ std::optional<std::string> JSONText(const QVLJSONValue& value) {
     return std::move(written.text);
 }
 
-std::optional<std::string> plainText(const QVLJSONValue& value) {
-    return value.isNull() ? std::nullopt : std::optional(value.description());
-}
-
 bool booleanFromString(std::string_view text) {
     const std::size_t start = text.find_first_not_of(" \t+-0");
     return start != std::string_view::npos && std::string_view("YyTt123456789").find(text[start]) != std::string::npos;
@@ -38,6 +34,9 @@ std::optional<std::string> QVLDebugValueCoding::stringFromValue(const QVLDebugVa
     if (value.isNothing() || type == QVLDebugValueTypeBool) {
         return std::string();
     }
+    if (value.JSONValue().isNull()) {
+        return std::nullopt;
+    }
     switch (type) {
     case QVLDebugValueTypeJSON:
         return JSONText(value.JSONValue());
@@ -51,7 +50,7 @@ std::optional<std::string> QVLDebugValueCoding::stringFromValue(const QVLDebugVa
     case QVLDebugValueTypeBool:
         break;
     }
-    return plainText(value.JSONValue());
+    return value.JSONValue().description();
 }
 
 QVLDebugValue QVLDebugValueCoding::valueFromString(std::string_view text, QVLDebugValueType type) const {

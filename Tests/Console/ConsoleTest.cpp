@@ -1,6 +1,5 @@
 #include "ConsoleTest.h"
 
-#include <QApplication>
 #include <QToolBar>
 #include <QToolButton>
 
@@ -11,15 +10,28 @@ ConsoleTest::ConsoleTest() {
 }
 
 ConsoleTest::~ConsoleTest() {
-    controller.reset();
+    closeConsole();
     turn();
     QVLDebugDesktop::current() = QVLDebugDesktop::native();
 }
 
 void ConsoleTest::openConsole() {
     controller = QVLDebugWindowController::initWithQuorvel(engine, inputsManager);
+    for (QAbstractItemModel* const model :
+         std::initializer_list<QAbstractItemModel*>{&section<QVLDebugInputsViewController>().dataSource(),
+                                                    &section<QVLDebugOutputsViewController>().dataSource(),
+                                                    &section<QVLDebugJournalViewController>().dataSource(),
+                                                    &section<QVLDebugScriptsViewController>().dataSource()}) {
+        modelTesters.push_back(
+            std::make_unique<QAbstractItemModelTester>(model, QAbstractItemModelTester::FailureReportingMode::Fatal));
+    }
     controller->showWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(controller->window()));
+}
+
+void ConsoleTest::closeConsole() {
+    modelTesters.clear();
+    controller.reset();
 }
 
 void ConsoleTest::show(const char* title) {
@@ -53,6 +65,5 @@ std::vector<std::string> ConsoleTest::keysOf(const QVLDebugRows& rows) {
 }
 
 void ConsoleTest::turn() {
-    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QApplication::processEvents();
 }

@@ -12,6 +12,8 @@
 #include "QVLInputsManager.h"
 
 #include <QAbstractButton>
+#include <QAbstractItemModelTester>
+#include <QApplication>
 #include <QLineEdit>
 #include <QTest>
 
@@ -23,24 +25,28 @@ public:
     int updateCount = 0;
     double mainThreadTime = 0.0123;
     std::map<std::string, double> times;
+    /// How often it was asked for a time.
+    mutable int askedCount = 0;
 
     void updateInputsNow() override { ++updateCount; }
     [[nodiscard]] double mainThreadGenerationTime() const override { return mainThreadTime; }
     [[nodiscard]] double totalGenerationTime() const override { return 0.5; }
     [[nodiscard]] double generationTimeForInput(const std::string& key) const override {
+        ++askedCount;
         const auto found = times.find(key);
         return found == times.end() ? 0 : found->second;
     }
 };
 
-/// An engine and its console, on screen (that of the offscreen platform), driven with mouse and keyboard.
+/// An engine and its console, on screen (that of the offscreen platform), driven with mouse and keyboard. Every model is
+/// under the eyes of Qt's tester of models.
 class ConsoleTest : public EngineTest {
 protected:
     ConsoleTest();
     ~ConsoleTest() override;
 
     void openConsole();
-    void closeConsole() { controller.reset(); }
+    void closeConsole();
     [[nodiscard]] QVLDebugWindow& window() const { return static_cast<QVLDebugWindow&>(*controller->window()); }
     /// Clicks the section's item in the toolbar.
     void show(const char* title);
@@ -82,11 +88,14 @@ protected:
     static void edit(QVLDebugValueView& view, const char* text);
     /// The texts of a list of rows.
     [[nodiscard]] static std::vector<std::string> keysOf(const QVLDebugRows& rows);
-    /// What was shown before is deleted on the next turn of the loop.
+    /// One turn of the event loop, in which no event loop of Qt's runs: that of a host of another toolkit.
     static void turn();
+    /// How many widgets there are.
+    [[nodiscard]] static qsizetype widgetCount() { return QApplication::allWidgets().size(); }
 
     std::shared_ptr<FixedInputsManager> inputsManager = std::make_shared<FixedInputsManager>();
     std::shared_ptr<QVLDebugWindowController> controller;
     int beepCount = 0;
     std::vector<std::string> openedFiles;
+    std::vector<std::unique_ptr<QAbstractItemModelTester>> modelTesters;
 };

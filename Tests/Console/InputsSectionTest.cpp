@@ -4,7 +4,6 @@
 
 #include <gmock/gmock.h>
 
-#include <QAbstractItemModelTester>
 #include <QApplication>
 #include <QCheckBox>
 #include <QClipboard>
@@ -97,6 +96,25 @@ TEST_F(InputsSectionTest, ACheckboxOverridesABoolean) {
     EXPECT_TRUE(input("isOffline").clearButton()->isVisible());
 }
 
+TEST_F(InputsSectionTest, AnOverrideThatDiffersFromTheLastInABooleanInsideIsWritten) {
+    edit(input("limits"), "[true]");
+    edit(input("limits"), "[1]");
+    EXPECT_EQ(input("limits").valueButton()->text(), "[1]");
+    EXPECT_FALSE(engine->inputForKey("limits").arrayOrEmpty().valueAtIndex(0).isBoolean());
+    edit(input("limits"), "");
+    EXPECT_EQ(input("limits").valueButton()->text(), "null value");
+}
+
+TEST_F(InputsSectionTest, ValuesAreShownAndEditedAsTheyAreHoweverLongAndStrange) {
+    const std::string value = "<b>AT&T</b>\n" + std::string(100'000, 'x');
+    engine->setInputs({{"plan", value}});
+    EXPECT_TRUE(input("plan").valueButton()->shortcut().isEmpty());
+    EXPECT_THAT(input("plan").valueButton()->toolTip().toStdString(), ::testing::HasSubstr("&lt;b&gt;AT&amp;T"));
+    click(input("plan").valueButton());
+    QTest::keyClick(input("plan").editValueTextField(), Qt::Key_Return);
+    EXPECT_EQ(engine->inputsOverrides().valueForKey("plan"), QVLJSONValue(value));
+}
+
 TEST_F(InputsSectionTest, EscapeAndLosingTheFocusEndAnEditWithoutAChange) {
     type(input("plan"), "team");
     QTest::keyClick(input("plan").editValueTextField(), Qt::Key_Escape);
@@ -122,6 +140,14 @@ TEST_F(InputsSectionTest, TheKeyboardWalksThroughTheRowsAndEdits) {
     EXPECT_EQ(engine->inputForKey("limits"), QVLJSONValue(QVLJSONArray()));
     EXPECT_FALSE(input("limits").isEditing());
     EXPECT_TRUE(input("limits").valueButton()->hasFocus());
+    // Return that is held down does not begin the next edit.
+    QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Return, {}, "\r", /*autorep=*/true);
+    QApplication::sendEvent(input("limits").valueButton(), &repeated);
+    EXPECT_FALSE(input("limits").isEditing());
+    QTest::keyClick(input("limits").valueButton(), Qt::Key_Tab);
+    QTest::keyClick(input("limits").clearButton(), Qt::Key_Space);
+    EXPECT_TRUE(input("limits").valueButton()->hasFocus());
+    EXPECT_TRUE(engine->inputForKey("limits").isDictionary());
 }
 
 TEST_F(InputsSectionTest, AChangeOfTheInputsKeepsWhatIsBeingTyped) {
@@ -177,32 +203,68 @@ TEST_F(InputsSectionTest, LogDataLogsTheEnginesState) {
     EXPECT_EQ(messages(QVLLogLevelInfo).size(), 3U);
 }
 
-TEST_F(InputsSectionTest, TheModelKeepsTheRulesOfModels) {
-    const QAbstractItemModelTester tester(&inputs().dataSource(),
-                                          QAbstractItemModelTester::FailureReportingMode::Fatal);
-    engine->setInputs({{"other", 1}});
-    QTest::keyClicks(inputs().searchField(), "none");
-    inputs().searchField()->clear();
-    EXPECT_EQ(inputs().dataSource().index(0, 0).data().toString(), "other");
-    EXPECT_EQ(inputs().dataSource().index(0, 0).data(QVLDebugDataSource::ValueRole).toString(), "1");
+TEST_F(InputsSectionTest, TheModelGivesKeysAndTheTextsOfValues) {
+    const QAbstractItemModel& model = inputs().dataSource();
+    EXPECT_EQ(model.index(0, 0).data().toString(), "count");
+    EXPECT_EQ(model.index(0, 0).data(QVLDebugDataSource::ValueRole).toString(), "3");
+    EXPECT_EQ(model.headerData(0, Qt::Horizontal).toString(), "Inputs");
 }
 
-TEST_F(InputsSectionTest, AHundredThousandRowsHaveViewsForTheVisibleOnesOnly) {
-    std::vector<QVLJSONDictionary::Entry> many;
-    for (int number = 100'000; number < 200'000; ++number) {
-        many.push_back({"key" + std::to_string(number), number});
+class ManyInputsTest : public InputsSectionTest {
+protected:
+    ManyInputsTest() {
+        // It looks at every row.
+        modelTesters.clear();
+        std::vector<QVLJSONDictionary::Entry> many;
+        for (int number = 100'000; number < 200'000; ++number) {
+            many.push_back({"key" + std::to_string(number), number});
+        }
+        engine->setInputs(QVLJSONDictionary(std::move(many)));
+        turn();
     }
-    engine->setInputs(QVLJSONDictionary(std::move(many)));
-    const QVLDebugTableView& table = *inputs().tableView();
-    turn();
-    EXPECT_LT(table.viewCount(), 60);
-    table.verticalScrollBar()->setValue(table.verticalScrollBar()->maximum());
+
+    [[nodiscard]] QVLDebugTableView& table() const { return *inputs().tableView(); }
+};
+
+TEST_F(ManyInputsTest, AHundredThousandRowsHaveViewsForTheVisibleOnesOnly) {
+    const auto onScreen = static_cast<std::size_t>(table().viewport()->height() / table().rowHeight() + 4);
+    EXPECT_LE(static_cast<std::size_t>(table().viewCount()), onScreen);
+    const std::size_t before = table().madeViewCount();
+    table().verticalScrollBar()->setValue(table().verticalScrollBar()->maximum());
     EXPECT_EQ(cell<QVLDebugTableCellView>(inputs(), "key199999").valueView()->valueButton()->text(), "199999");
-    const int position = table.verticalScrollBar()->value();
+    const int position = table().verticalScrollBar()->value();
     engine->setInputsOverrides({{"key100000", 1}});
-    EXPECT_EQ(table.verticalScrollBar()->value(), position);
+    EXPECT_EQ(table().verticalScrollBar()->value(), position);
+    EXPECT_LE(table().madeViewCount() - before, onScreen);
     QTest::keyClicks(inputs().searchField(), "77777");
     EXPECT_THAT(keysOf(inputs().dataSource().tableData()), ElementsAre("key177777"));
+    EXPECT_LE(table().madeViewCount() - before, 6 * onScreen);
+    turn();
+    EXPECT_LE(table().findChildren<QVLDebugTableCellView*>().size(), static_cast<qsizetype>(onScreen));
+}
+
+TEST_F(ManyInputsTest, AnEditSurvivesScrollingAndItsArrowKeysDoNotScroll) {
+    type(input("key100001"), "12");
+    QTest::keyClick(input("key100001").editValueTextField(), Qt::Key_Down);
+    EXPECT_EQ(table().verticalScrollBar()->value(), 0);
+    table().verticalScrollBar()->setValue(500'000);
+    engine->setInputs(engine->inputs().withValueForKey(1, "a"));
+    turn();
+    QTest::keyClick(input("key100001").editValueTextField(), Qt::Key_Return);
+    EXPECT_EQ(engine->inputForKey("key100001"), QVLJSONValue(12));
+    // With the focus elsewhere the row is like all others.
+    inputs().searchField()->setFocus();
+    table().verticalScrollBar()->setValue(600'000);
+    EXPECT_EQ(table().viewAtRow(2), nullptr);
+}
+
+TEST_F(ManyInputsTest, TabWalksOnBelowTheVisibleRows) {
+    input("key100000").valueButton()->setFocus();
+    for (int number = 100'001; number < 100'040; ++number) {
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        ASSERT_TRUE(input("key" + std::to_string(number)).valueButton()->hasFocus()) << number;
+        EXPECT_FALSE(input("key" + std::to_string(number)).visibleRegion().isEmpty());
+    }
 }
 
 class BadDataSource final : public QVLDebugDataSource {

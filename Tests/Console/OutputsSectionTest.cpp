@@ -2,8 +2,10 @@
 
 #include <gmock/gmock.h>
 
-#include <QApplication>
 #include <QCheckBox>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QMenu>
 #include <QToolButton>
 
 namespace {
@@ -35,6 +37,16 @@ TEST_F(OutputsSectionTest, OverridesOfOutputsReachTheHostAndCanBeRemoved) {
     click(output("banner").clearButton());
     EXPECT_EQ(engine->outputForKey("banner")->stringValue(), "hello");
     EXPECT_EQ(engine->outputsOverrides(), (QVLJSONDictionary{{"tour", false}}));
+}
+
+TEST_F(OutputsSectionTest, CopyDefaultsKeyTakesTheRowInTheEnginesOwnOrder) {
+    QTest::keyClicks(outputs().searchField(), "tour");
+    QVLDebugTableView& table = *outputs().tableView();
+    QContextMenuEvent event(QContextMenuEvent::Mouse, QPoint(20, 4), QPoint(20, 4));
+    QApplication::sendEvent(table.viewport(), &event);
+    table.menu()->actions()[0]->trigger();
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), "QVLQuorvelOverride.output." + engine->outputKeys()[0]);
+    table.menu()->close();
 }
 
 TEST_F(OutputsSectionTest, DisablingAllOutputsHidesThemAndEnablingShowsThemAgain) {

@@ -28,7 +28,7 @@ protected:
         manager = engine->scriptManager();
     }
     ~ScriptsSectionTest() override {
-        controller.reset();
+        closeConsole();
         manager.reset();
     }
 

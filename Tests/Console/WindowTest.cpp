@@ -1,10 +1,11 @@
 #include "ConsoleTest.h"
 
 #include "QVLDebugAppearance.h"
+#include "QVLDebugValueButton.h"
 
 #include <gmock/gmock.h>
 
-#include <QApplication>
+#include <QLabel>
 #include <QToolBar>
 #include <QToolButton>
 
@@ -87,10 +88,70 @@ TEST_F(WindowTest, TheWindowOpensWithTheSizeThatItLastHad) {
     EXPECT_EQ(window().size(), QSize(710, 640));
 }
 
+TEST_F(WindowTest, AClosedConsoleObservesNothingAndShowsWhatChangedWhenItReopens) {
+    engine->setInputs({{"plan", "free"}});
+    openConsole();
+    for (const char* title : {"Journal", "Outputs", "Scripts", "Inputs"}) {
+        show(title);
+    }
+    controller->close();
+    const int asked = inputsManager->askedCount;
+    const std::size_t timerCount = platform.runLoop->timerCount();
+    engine->setInputs({{"plan", "team"}});
+    engine->journals()->eventForKey("session")->trigger();
+    settle();
+    turn();
+    EXPECT_EQ(inputsManager->askedCount, asked);
+    EXPECT_TRUE(section<QVLDebugJournalViewController>().dataSource().tableData().empty());
+    EXPECT_TRUE(window().findChildren<QVLDebugTableCellView*>().isEmpty());
+    EXPECT_EQ(platform.runLoop->timerCount(), timerCount);
+
+    controller->showWindow();
+    EXPECT_EQ(input("plan").valueButton()->text(), "team");
+    EXPECT_THAT(keysOf(section<QVLDebugJournalViewController>().dataSource().tableData()), ElementsAre("session"));
+    engine->setInputs({{"plan", "personal"}});
+    EXPECT_EQ(input("plan").valueButton()->text(), "personal");
+}
+
+TEST_F(WindowTest, ClosingAndReopeningAHundredTimesLeavesNothingBehind) {
+    engine->setInputs({{"plan", "free"}, {"count", 1}});
+    openConsole();
+    qsizetype widgets = 0;
+    for (int round = 0; round < 100; ++round) {
+        type(input("plan"), "half an edit");
+        window().close();
+        turn();
+        EXPECT_TRUE(round == 0 || widgetCount() == widgets) << round;
+        widgets = widgetCount();
+        controller->showWindow();
+        EXPECT_FALSE(input("plan").isEditing());
+    }
+}
+
+/// Counts what would end the application.
+class QuitCounter final : public QObject {
+public:
+    QuitCounter() { qApp->installEventFilter(this); }
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+        count += event->type() == QEvent::Quit ? 1 : 0;
+        return false;
+    }
+    int count = 0;
+};
+
+TEST_F(WindowTest, ClosingTheConsoleDoesNotEndTheHost) {
+    const QuitCounter quits;
+    openConsole();
+    controller->close();
+    turn();
+    EXPECT_EQ(quits.count, 0);
+}
+
 TEST_F(WindowTest, NothingOfTheConsoleIsLeftWhenItsControllerIsGone) {
     engine->setInputs({{"plan", "free"}});
     const long useCount = engine.use_count();
     const std::size_t timerCount = platform.runLoop->timerCount();
+    const qsizetype widgets = widgetCount();
     for (int round = 0; round < 100; ++round) {
         openConsole();
         show("Scripts");
@@ -99,10 +160,84 @@ TEST_F(WindowTest, NothingOfTheConsoleIsLeftWhenItsControllerIsGone) {
     turn();
     EXPECT_EQ(engine.use_count(), useCount);
     EXPECT_EQ(platform.runLoop->timerCount(), timerCount);
-    EXPECT_TRUE(QApplication::topLevelWidgets().isEmpty());
+    EXPECT_EQ(widgetCount(), widgets);
     engine->setInputs({{"plan", "team"}});
     engine->journals()->reset();
     settle();
+}
+
+TEST_F(WindowTest, TheKeyboardReachesTheSections) {
+    openConsole();
+    QWidget* const outputs = window().sectionToolbar()->widgetForAction(window().toolbarItems()[1]);
+    for (int press = 0; press < 10 && !outputs->hasFocus(); ++press) {
+        QTest::keyClick(QApplication::focusWidget() ? QApplication::focusWidget() : &window(), Qt::Key_Tab);
+    }
+    ASSERT_TRUE(outputs->hasFocus());
+    QTest::keyClick(outputs, Qt::Key_Space);
+    EXPECT_EQ(window().windowTitle(), "Outputs");
+}
+
+struct PaletteRow {
+    const char* name;
+    QColor text;
+    QColor base;
+    QColor window;
+    double least;
+};
+
+class PaletteTest : public ConsoleTest {
+protected:
+    ~PaletteTest() override { QApplication::setPalette(m_before); }
+
+    static void use(const PaletteRow& row) {
+        QPalette palette(row.window, row.window);
+        palette.setColor(QPalette::Text, row.text);
+        palette.setColor(QPalette::WindowText, row.text);
+        palette.setColor(QPalette::ButtonText, row.text);
+        palette.setColor(QPalette::Base, row.base);
+        QApplication::setPalette(palette);
+        turn();
+    }
+
+private:
+    const QPalette m_before = QApplication::palette();
+};
+
+TEST_F(PaletteTest, TextsStayReadableWhenThePaletteChanges) {
+    engine->setInputs({{"plan", "free"}, {"overridden", 1}});
+    engine->setInputsOverrides({{"overridden", 2}});
+    openConsole();
+    const auto& scripts = section<QVLDebugScriptsViewController>();
+    for (const PaletteRow& row : {PaletteRow{"light", Qt::black, Qt::white, QColor(239, 239, 239), 3.4},
+                                  {"dark", QColor(238, 238, 238), QColor(42, 42, 42), QColor(53, 53, 53), 4},
+                                  {"white on black", Qt::white, Qt::black, Qt::black, 4.5},
+                                  {"green on black", Qt::green, Qt::black, Qt::black, 4.5},
+                                  {"black on yellow", Qt::black, Qt::yellow, Qt::yellow, 4.5},
+                                  {"navy on grey", QColor(0, 0, 80), QColor(200, 200, 200), Qt::lightGray, 4}}) {
+        use(row);
+        for (const char* key : {"plan", "overridden"}) {
+            const auto& button = dynamic_cast<QVLDebugValueButton&>(*input(key).valueButton());
+            EXPECT_GE(qvl_contrast(button.textColor(), row.base), row.least) << row.name << ", " << key;
+        }
+        EXPECT_GT(qvl_contrast(input("overridden").attributedValue().color, row.base),
+                  qvl_contrast(input("plan").attributedValue().color, row.base) + 1)
+            << row.name;
+        const QPalette editor = input("plan").editValueTextField()->palette();
+        EXPECT_GE(qvl_contrast(editor.color(QPalette::Text), editor.color(QPalette::Base)), 7) << row.name;
+        const QColor version = scripts.versionLabel()->palette().color(QPalette::WindowText);
+        EXPECT_GE(qvl_contrast(version, row.window), row.least) << row.name;
+        for (const double badge : {0.4, 0.5, 0.6}) {
+            const QColor background = qvl_gray(badge, QApplication::palette());
+            EXPECT_GE(qvl_contrast(qvl_textColorOn(background), background), 4.5) << row.name;
+        }
+    }
+}
+
+TEST_F(PaletteTest, TheGivenGreysAreThoseOfTheLightPalette) {
+    use({"light", Qt::black, Qt::white, QColor(239, 239, 239), 0});
+    EXPECT_EQ(qvl_gray(0, QApplication::palette()), QColor(Qt::black));
+    EXPECT_EQ(qvl_gray(0.5, QApplication::palette()).red(), 128);
+    EXPECT_EQ(qvl_gray(1, QApplication::palette()), QColor(Qt::white));
 }
 
 TEST_F(WindowTest, EverySectionHasAnIconThatFollowsThePalette) {

@@ -64,7 +64,7 @@ const QVLDebugJournalDataSourceObject& QVLDebugJournalTableCellView::journalRow(
 void QVLDebugJournalTableCellView::reloadData() {
     const QString title = qvl_text(journalRow().title());
     m_keyLabel->setText(title);
-    m_keyLabel->setToolTip(title.toHtmlEscaped());
+    qvl_setPlainToolTip(*m_keyLabel, title);
     setupValues();
 }
 

@@ -14,6 +14,7 @@ namespace {
 
 constexpr int kRowHeight = 32;
 constexpr int kBottomRowHeight = 16;
+constexpr int kSide = 20;
 
 } // namespace
 
@@ -44,6 +45,7 @@ void QVLDebugOutputsViewController::loadView() {
     m_disableCheck->setMinimumHeight(kBottomRowHeight);
     bottomRow().addStretch(1);
     bottomRow().addWidget(m_disableCheck);
+    bottomRow().setContentsMargins(kSide, 0, kSide, 0);
     QObject::connect(m_disableCheck, &QCheckBox::clicked, view(), [this] { disableOutputs(m_disableCheck); });
     setDataSource(std::make_unique<QVLDebugOutputsDataSource>(tableView(), quorvel()));
     sectionWillDisplay();

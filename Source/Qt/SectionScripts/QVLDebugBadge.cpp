@@ -19,10 +19,7 @@ constexpr int kVPad = 2;
 
 QVLDebugBadge::QVLDebugBadge(QWidget* parent)
     : QWidget(parent), m_backgroundGray(kInitialGray), m_label(qvl_selectableLabel(this)) {
-    constexpr double kSmall = 11.0 / 13.0;
-    QFont font = QApplication::font();
-    font.setPointSizeF(font.pointSizeF() * kSmall);
-    m_label->setFont(font);
+    m_label->setFont(qvl_smallFont());
     auto* const layout = new QHBoxLayout(this);
     layout->setContentsMargins(kHPad, kVPad, kHPad, kVPad);
     layout->addWidget(m_label);

@@ -52,7 +52,11 @@ QWidget* QVLDebugScriptDataSource::viewForTableColumn(int /*column*/, int row) {
 }
 
 void QVLDebugScriptDataSource::scriptTableCellDidClickUseScript(QVLScriptTableCellView& cell) {
-    if (qvl_useScript(*m_scriptManager, cell.script())) {
+    // Whoever learns of the choice may drop the console.
+    const QPointer<QVLDebugScriptDataSource> self(this);
+    const std::shared_ptr<QVLScriptManager> manager = m_scriptManager;
+    const std::shared_ptr<QVLScript> script = cell.script();
+    if (qvl_useScript(*manager, script) && self) {
         reloadData(nullptr);
     }
 }

@@ -33,9 +33,7 @@ constexpr double kOverrideTextGray = 0.0;
 constexpr double kPlainTextGray = 0.5;
 
 QFont headingFont() {
-    QFont font = QApplication::font();
-    constexpr double kSmall = 11.0 / 13.0;
-    font.setPointSizeF(font.pointSizeF() * kSmall);
+    QFont font = qvl_smallFont();
     font.setBold(true);
     return font;
 }

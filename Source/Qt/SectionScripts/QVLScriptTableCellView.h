@@ -1,5 +1,6 @@
 #pragma once
 
+#include "QVLDebugScriptDateFormatter.h"
 #include "QVLScript.h"
 #include "QVLToken.h"
 
@@ -11,6 +12,7 @@
 
 class QLabel;
 class QPushButton;
+class QSpacerItem;
 class QVLDebugBadge;
 class QVLScriptTableCellView;
 
@@ -38,6 +40,8 @@ public:
     /// Outlives the cell.
     void setDelegate(QVLScriptTableCellViewDelegate* delegate) { m_delegate = delegate; }
 
+    /// Of the script's date.
+    [[nodiscard]] static const QVLDebugScriptDateFormatter& dateFormatter();
     void reloadData();
     void useScript(QPushButton* sender);
 
@@ -52,7 +56,7 @@ protected:
 private:
     void setupViews();
     void setupLayout();
-    /// Beside the version; higher than its line, and so in no layout.
+    /// Beside the version; higher than its line, and so in no layout but for the room that it takes there.
     void placeLabelView();
 
     const std::shared_ptr<QVLScript> m_script;
@@ -61,6 +65,7 @@ private:
     QVLScriptTableCellViewDelegate* m_delegate = nullptr;
     QLabel* m_versionLabel = nullptr;
     QVLDebugBadge* m_labelView = nullptr;
+    QSpacerItem* m_labelRoom = nullptr;
     QLabel* m_dateLabel = nullptr;
     QPushButton* m_useButton = nullptr;
     QVLToken m_stateObservation;

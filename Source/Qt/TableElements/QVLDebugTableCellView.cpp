@@ -42,7 +42,7 @@ void QVLDebugTableCellView::setObjectValue(const std::shared_ptr<QVLDebugDataSou
 void QVLDebugTableCellView::reloadData() {
     const QString key = qvl_text(m_objectValue->key());
     m_keyLabel->setText(key);
-    m_keyLabel->setToolTip(key.toHtmlEscaped());
+    qvl_setPlainToolTip(*m_keyLabel, key);
     m_valueView->setValue(m_objectValue->value(), m_objectValue->valueType());
     m_valueView->setOverrideValue(m_objectValue->overrideValue());
 }

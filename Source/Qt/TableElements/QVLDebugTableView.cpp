@@ -53,9 +53,12 @@ void QVLDebugTableView::setModel(QAbstractItemModel* model) {
     const int scroller = legacyScrollerWidth(*this);
     for (int column = 0; column < static_cast<int>(m_columns.size()); ++column) {
         if (const int width = m_columns[static_cast<std::size_t>(column)].width) {
-            horizontalHeader()->setMinimumSectionSize(width - scroller);
             setColumnWidth(column, width - scroller);
         }
+    }
+    // A narrow window scrolls; the column that is stretched keeps its width at least.
+    if (!m_columns.empty()) {
+        horizontalHeader()->setMinimumSectionSize(columnWidth(static_cast<int>(m_columns.size()) - 1));
     }
     connect(model, &QAbstractItemModel::modelReset, this, [this] {
         m_mustReload = true;
@@ -128,9 +131,23 @@ void QVLDebugTableView::contextMenuEvent(QContextMenuEvent* event) {
     }
 }
 
+void QVLDebugTableView::keyPressEvent(QKeyEvent* event) {
+    QAbstractScrollArea::keyPressEvent(event);
+}
+
+bool QVLDebugTableView::focusNextPrevChild(bool next) {
+    const bool hasMoved = QTableView::focusNextPrevChild(next);
+    if (const std::optional<int> row = focusedRow()) {
+        const int top = *row * rowHeight();
+        const int position = std::max(verticalScrollBar()->value(), top + rowHeight() - viewport()->height());
+        verticalScrollBar()->setValue(std::min(position, top));
+    }
+    return hasMoved;
+}
+
 std::pair<int, int> QVLDebugTableView::visibleRows() const {
     // By arithmetic: while the number of rows changes, the header does not know yet where a row is.
-    const int count = model() ? model()->rowCount() : 0;
+    const int count = model()->rowCount();
     const int offset = verticalHeader()->offset();
     const int last = (offset + viewport()->height() - 1) / rowHeight();
     return {std::max(offset / rowHeight(), 0), std::min(last, count - 1)};
@@ -147,32 +164,64 @@ QVLDebugTableView::RowView QVLDebugTableView::taken(RowViews& views, const std::
     return {};
 }
 
+std::optional<int> QVLDebugTableView::focusedRow() const {
+    for (const auto& [row, rowView] : m_views) {
+        if (rowView.view && rowView.view->isAncestorOf(window()->focusWidget())) {
+            return row;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<int> QVLDebugTableView::rowOfIdentifier(const std::string& identifier) const {
+    for (int row = 0; row < model()->rowCount(); ++row) {
+        if (m_delegate->identifierForRow(row) == identifier) {
+            return row;
+        }
+    }
+    return std::nullopt;
+}
+
+std::set<int> QVLDebugTableView::rowsToLayOut(bool mustReload) const {
+    const auto [first, last] = visibleRows();
+    std::set<int> rows;
+    for (int row = std::max(first - 1, 0); row <= std::min(last + 1, model()->rowCount() - 1); ++row) {
+        rows.insert(row);
+    }
+    std::optional<int> focused = focusedRow();
+    if (focused && mustReload) {
+        focused = rowOfIdentifier(m_views.at(*focused).identifier);
+    }
+    if (focused) {
+        rows.insert(*focused);
+    }
+    return rows;
+}
+
 void QVLDebugTableView::layOutRows() {
     if (!m_delegate || !isVisible()) {
         return;
     }
     const bool mustReload = std::exchange(m_mustReload, false);
+    const std::set<int> rows = rowsToLayOut(mustReload);
     RowViews old = std::exchange(m_views, {});
-    bool hasNew = false;
-    const auto [first, last] = visibleRows();
-    for (int row = first; row <= last; ++row) {
+    const std::size_t madeBefore = m_madeViewCount;
+    for (const int row : rows) {
         const std::string identifier = m_delegate->identifierForRow(row);
         RowView rowView = taken(old, identifier);
         if (!rowView.view) {
             rowView = {identifier, m_delegate->makeViewForRow(row)};
             rowView.view->setParent(viewport());
-            hasNew = true;
+            ++m_madeViewCount;
         } else if (mustReload) {
             m_delegate->updateViewForRow(*rowView.view, row);
         }
-        QRect area(0, rowViewportPosition(row), columnWidth(0), rowHeight() - 1);
-        area.translate(columnViewportPosition(0), 0);
-        rowView.view->setGeometry(area);
+        rowView.view->setGeometry(columnViewportPosition(0), rowViewportPosition(row), columnWidth(0), rowHeight() - 1);
         rowView.view->show();
         m_views[row] = std::move(rowView);
     }
     remove(old);
-    if (hasNew) {
+    if (m_madeViewCount > madeBefore) {
         updateTabOrder();
     }
 }

@@ -7,6 +7,8 @@
 #include <QTableView>
 
 #include <map>
+#include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -31,9 +33,10 @@ public:
     virtual void updateViewForRow(QWidget& view, int row) = 0;
 };
 
-/// A table of views, which are made for the visible rows only. Main thread.
+/// A table of views, which are made for the visible rows only, and one beyond them at either end, so that Tab finds its
+/// way there. Main thread.
 ///
-/// A reload keeps the view of each row that is still visible, and what is being typed there.
+/// A reload keeps the view of each row that is still there, and what is being typed in it; so does scrolling.
 class QVLDebugTableView final : public QTableView {
     Q_OBJECT
 
@@ -68,6 +71,8 @@ public:
     /// The view of the row, or null when it is not visible.
     [[nodiscard]] QWidget* viewAtRow(int row) const;
     [[nodiscard]] int viewCount() const { return static_cast<int>(m_views.size()); }
+    /// How many views were made so far.
+    [[nodiscard]] std::size_t madeViewCount() const { return m_madeViewCount; }
     /// They are made again when the table is next shown.
     void removeRowViews();
 
@@ -78,6 +83,9 @@ protected:
     void scrollContentsBy(int dx, int dy) override;
     void updateGeometries() override;
     void contextMenuEvent(QContextMenuEvent* event) override;
+    /// Scrolls; there is no current row to move.
+    void keyPressEvent(QKeyEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
     void showEvent(QShowEvent* event) override;
 
 private:
@@ -90,6 +98,11 @@ private:
     explicit QVLDebugTableView(std::vector<Column> columns);
     void layOutRows();
     [[nodiscard]] std::pair<int, int> visibleRows() const;
+    /// Those that are visible, their neighbours, and the one with the focus, wherever it is now.
+    [[nodiscard]] std::set<int> rowsToLayOut(bool mustReload) const;
+    /// Of the rows that have views.
+    [[nodiscard]] std::optional<int> focusedRow() const;
+    [[nodiscard]] std::optional<int> rowOfIdentifier(const std::string& identifier) const;
     [[nodiscard]] static RowView taken(RowViews& views, const std::string& identifier);
     void updateTabOrder();
     static void remove(const RowViews& views);
@@ -99,5 +112,6 @@ private:
     QPointer<QMenu> m_menu;
     int m_clickedRow = -1;
     RowViews m_views;
+    std::size_t m_madeViewCount = 0;
     bool m_mustReload = false;
 };

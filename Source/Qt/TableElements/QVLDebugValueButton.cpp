@@ -1,5 +1,7 @@
 #include "QVLDebugValueButton.h"
 
+#include "QVLDebugAppearance.h"
+
 #include <QKeyEvent>
 #include <QPainter>
 #include <QStyleOptionFocusRect>
@@ -33,8 +35,10 @@ void QVLDebugValueButton::setAttributedText(const QString& text, const QFont& fo
     setFont(font);
     m_textColor = color;
     setText(text);
+    // An ampersand in it is no mnemonic.
+    setShortcut({});
     setAccessibleName(text);
-    setToolTip(text.left(kLongestShown).toHtmlEscaped());
+    qvl_setPlainToolTip(*this, text.left(kLongestShown));
     updateGeometry();
     update();
 }
@@ -50,7 +54,10 @@ QSize QVLDebugValueButton::minimumSizeHint() const {
 
 void QVLDebugValueButton::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-        click();
+        // A key that is held down would close the editor and open it again.
+        if (!event->isAutoRepeat()) {
+            click();
+        }
         return;
     }
     QAbstractButton::keyPressEvent(event);

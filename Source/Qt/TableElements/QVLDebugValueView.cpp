@@ -15,6 +15,8 @@
 #include <QPointer>
 #include <QToolButton>
 
+#include <limits>
+
 namespace {
 
 constexpr int kClearButtonWidth = 16;
@@ -66,6 +68,8 @@ void QVLDebugValueView::setupEditTextField() {
     m_editValueTextField = new QLineEdit(this);
     m_editValueTextField->setPlaceholderText(qvl_text(qvl_localizedString(kNullText)));
     m_editValueTextField->setAccessibleName(qvl_text(qvl_localizedString("Override")));
+    // A value is edited whole, however long it is.
+    m_editValueTextField->setMaxLength(std::numeric_limits<int>::max());
     m_editValueTextField->installEventFilter(this);
     m_editValueTextField->hide();
     connect(m_editValueTextField, &QLineEdit::returnPressed, this, [this] { commitEditing(m_editValueTextField); });
@@ -165,12 +169,18 @@ void QVLDebugValueView::showEditTextField() {
     m_editValueTextField->selectAll();
 }
 
+QVLDebugValue QVLDebugValueView::typedValue() const {
+    const std::string text = qvl_text(m_editValueTextField->text());
+    // The text of a date lacks its fractions of a second, and does not tell the hours apart that summer time repeats.
+    const bool isSameDate = m_valueType == QVLDebugValueTypeDate && !text.empty() && text == stringValue();
+    return isSameDate ? shownValue() : valueFromString(text);
+}
+
 void QVLDebugValueView::commitEditing(QLineEdit* /*sender*/) {
-    const QVLDebugValue typed = valueFromString(qvl_text(m_editValueTextField->text()));
     const QPointer<QVLDebugValueView> self(this);
-    hideEditTextField();
-    updateOverride(typed);
+    updateOverride(typedValue());
     if (self) {
+        hideEditTextField();
         valueButton()->setFocus(Qt::OtherFocusReason);
     }
 }
@@ -193,7 +203,11 @@ void QVLDebugValueView::valueButtonPressed(QAbstractButton* /*sender*/) {
     }
 }
 
-void QVLDebugValueView::clearButtonPressed(QAbstractButton* /*sender*/) {
+void QVLDebugValueView::clearButtonPressed(QAbstractButton* sender) {
+    if (sender->hasFocus()) {
+        // It is about to be hidden, which would hand the focus to the next row.
+        valueButton()->setFocus(Qt::OtherFocusReason);
+    }
     updateOverride({});
 }
 
@@ -218,12 +232,21 @@ double QVLDebugValueView::valueButtonAlpha() const {
     return m_valueType == QVLDebugValueTypeBool ? m_checkBoxAlpha->opacity() : 1.0;
 }
 
+bool QVLDebugValueView::filterKey(const QKeyEvent& event) {
+    if (event.matches(QKeySequence::Cancel)) {
+        return control(m_editValueTextField, QKeySequence::Cancel);
+    }
+    // The field has no use for these, and would pass them on to the table, which scrolls.
+    return event.key() == Qt::Key_Up || event.key() == Qt::Key_Down || event.key() == Qt::Key_PageUp ||
+           event.key() == Qt::Key_PageDown;
+}
+
 bool QVLDebugValueView::eventFilter(QObject* watched, QEvent* event) {
     if (watched != m_editValueTextField || !isEditing()) {
         return QWidget::eventFilter(watched, event);
     }
-    if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->matches(QKeySequence::Cancel)) {
-        return control(m_editValueTextField, QKeySequence::Cancel);
+    if (event->type() == QEvent::KeyPress && filterKey(static_cast<const QKeyEvent&>(*event))) {
+        return true;
     }
     if (event->type() == QEvent::FocusOut) {
         const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();

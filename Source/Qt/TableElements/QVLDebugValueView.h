@@ -97,6 +97,10 @@ private:
     void setupSubviews();
     void setupEditTextField();
     void updateEditColors();
+    /// What the text in the editor means.
+    [[nodiscard]] QVLDebugValue typedValue() const;
+    /// True when the key, pressed in the editor, is not for it.
+    [[nodiscard]] bool filterKey(const QKeyEvent& event);
     /// The override, else the value.
     [[nodiscard]] const QVLDebugValue& shownValue() const;
 

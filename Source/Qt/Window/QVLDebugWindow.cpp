@@ -1,5 +1,6 @@
 #include "QVLDebugWindow.h"
 
+#include "QVLDebugAppearance.h"
 #include "QVLDebugText.h"
 #include "QVLUserDefaults.h"
 
@@ -113,10 +114,13 @@ void QVLDebugWindow::setSections(const std::vector<Section>& sections) {
 void QVLDebugWindow::reloadViews() {
     for (QAction* const item : std::exchange(m_toolbarItems, {})) {
         sectionToolbar()->removeAction(item);
-        item->deleteLater();
+        qvl_deleteLater(*item);
     }
     for (const std::string& identifier : toolbarDefaultItemIdentifiers(sectionToolbar())) {
-        sectionToolbar()->addAction(toolbar(sectionToolbar(), identifier, /*willBeInsertedIntoToolbar=*/true));
+        QAction* const item = toolbar(sectionToolbar(), identifier, /*willBeInsertedIntoToolbar=*/true);
+        sectionToolbar()->addAction(item);
+        // Toolbars keep their buttons from the keyboard.
+        sectionToolbar()->widgetForAction(item)->setFocusPolicy(Qt::TabFocus);
     }
     displaySectionAtIndex(0);
 }
@@ -157,6 +161,9 @@ void QVLDebugWindow::keyDown(QKeyEvent* event) {
 }
 
 void QVLDebugWindow::center() {
+    if (!screen()) {
+        return;
+    }
     const QRect available = screen()->availableGeometry();
     if (!testAttribute(Qt::WA_Resized)) {
         resize(sizeHint().boundedTo(available.size()));
@@ -169,7 +176,7 @@ void QVLDebugWindow::restoreSize() {
         QVLUserDefaults::standardUserDefaults()->objectForKey(kQVLDebugWindowSizeKey).arrayOrEmpty();
     const auto width = static_cast<int>(size.valueAtIndex(0).qvl_castToIntegerValue());
     const auto height = static_cast<int>(size.valueAtIndex(1).qvl_castToIntegerValue());
-    if (width > 0 && height > 0) {
+    if (width > 0 && height > 0 && screen()) {
         resize(QSize(width, height).boundedTo(screen()->availableSize()));
     }
 }
@@ -180,7 +187,11 @@ void QVLDebugWindow::saveSize() const {
 
 void QVLDebugWindow::showEvent(QShowEvent* event) {
     QMainWindow::showEvent(event);
-    if (!event->spontaneous() && std::exchange(m_wasClosed, false)) {
+    if (event->spontaneous()) {
+        return;
+    }
+    m_sizeWhenOpened = size();
+    if (std::exchange(m_wasClosed, false)) {
         for (const Section& section : m_sections) {
             section->windowWillReopen();
         }
@@ -193,7 +204,9 @@ void QVLDebugWindow::hideEvent(QHideEvent* event) {
     if (event->spontaneous() || std::exchange(m_wasClosed, true)) {
         return;
     }
-    saveSize();
+    if (size() != m_sizeWhenOpened) {
+        saveSize();
+    }
     for (const Section& section : m_sections) {
         section->windowDidClose();
     }

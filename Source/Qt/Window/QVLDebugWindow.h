@@ -16,7 +16,7 @@ class QVBoxLayout;
 inline constexpr const char* kQVLToolbarIdentifier = "org.quorvel.debugconsole.debugtoolbar";
 /// The property of a toolbar item that holds its identifier.
 inline constexpr const char* kQVLIdentifierKeyPath = "itemIdentifier";
-/// The key that closes the window.
+/// The key that closes the window, as the toolkit numbers it.
 inline constexpr int kQVLEscapeKeyCode = Qt::Key_Escape;
 
 /// Widths of the sections' table columns.
@@ -25,7 +25,7 @@ inline constexpr double kQVLOutputsViewWidth = 800.0;
 inline constexpr double kQVLJournalViewWidth = 800.0;
 inline constexpr double kQVLScriptsViewWidth = 800.0;
 
-/// User-defaults key of the window's size, an array of width and height.
+/// User-defaults key of the size that the user gave the window, an array of width and height.
 inline constexpr const char* kQVLDebugWindowSizeKey = "QVLDebugWindowSize";
 
 /// The console's window: a toolbar that switches between sections, and the current section below it. Main thread.
@@ -89,4 +89,5 @@ private:
     std::vector<QAction*> m_toolbarItems;
     QVBoxLayout* m_contentLayout = nullptr;
     bool m_wasClosed = false;
+    QSize m_sizeWhenOpened;
 };

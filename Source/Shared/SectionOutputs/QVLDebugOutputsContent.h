@@ -13,6 +13,6 @@ class QVLQuorvel;
 
 /// The user-defaults key for "Copy Defaults Key" on a row of the table; no value where there is no such row.
 ///
-/// The row counts in the engine's keys in the engine's own order, which is neither the table's nor sorted. That is kept
-/// on purpose, also where the inputs differ.
+/// The row counts in all of the engine's keys in the engine's own order, whatever that is: other than the inputs they are
+/// not sorted here. That is kept on purpose.
 [[nodiscard]] std::optional<std::string> qvl_outputDefaultsKey(const QVLQuorvel& quorvel, std::ptrdiff_t clickedRow);

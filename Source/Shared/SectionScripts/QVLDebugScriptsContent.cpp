@@ -1,13 +1,10 @@
 #include "QVLDebugScriptsContent.h"
 
 #include "QVLDebugDateFormatter.h"
-#include "QVLDebugDates.h"
 #include "QVLDebugLocalization.h"
 #include "QVLLogMacros.h"
 #include "QVLQuorvel.h"
 #include "QVLScriptManager.h"
-
-#include <QLocale>
 
 namespace {
 
@@ -69,16 +66,6 @@ QVLDebugScriptButton qvl_scriptButton(QVLScriptState state, bool isCurrentScript
         break;
     }
     return {qvl_localizedString("Use Script"), isCurrentScript, true};
-}
-
-std::string qvl_scriptDateText(QVLDate date) {
-    const QLocale locale;
-    const QDateTime dateTime = qvl_dateTimeFromDate(date);
-    // The long form of the time has the seconds that the short one lacks, and the zone, which is the user's own.
-    const QString timeFormat = locale.timeFormat(QLocale::LongFormat).remove('t').simplified();
-    const QString text =
-        locale.toString(dateTime.date(), QLocale::ShortFormat) + ' ' + locale.toString(dateTime.time(), timeFormat);
-    return text.toStdString();
 }
 
 bool qvl_useScript(QVLScriptManager& scriptManager, const std::shared_ptr<QVLScript>& script) {

@@ -44,9 +44,6 @@ struct QVLDebugScriptButton {
 
 [[nodiscard]] QVLDebugScriptButton qvl_scriptButton(QVLScriptState state, bool isCurrentScript);
 
-/// Short date and time with seconds, as the locale writes them.
-[[nodiscard]] std::string qvl_scriptDateText(QVLDate date);
-
 /// What pressing a row's button does: downloads a failed script again, or makes an available one the override. Any other
 /// state is one error line and changes nothing. True when the table is to be reloaded.
 bool qvl_useScript(QVLScriptManager& scriptManager, const std::shared_ptr<QVLScript>& script);

@@ -2,6 +2,7 @@
 #include "QVLDebugFilterPredicate.h"
 #include "QVLDebugNaturalLanguageDate.h"
 #include "QVLDebugRows.h"
+#include "QVLDebugScriptDateFormatter.h"
 #include "QVLDebugValueCoding.h"
 #include "TestPlatform.h"
 
@@ -10,6 +11,7 @@
 #include <gmock/gmock.h>
 
 #include <cstdint>
+#include <ctime>
 #include <limits>
 #include <random>
 
@@ -75,6 +77,7 @@ TEST_F(ValueCodingTest, ATypedTextIsReadByTheTypeOfTheValueShown) {
     EXPECT_EQ(coding.valueFromString("0", QVLDebugValueTypeBool), QVLDebugValue(false));
     EXPECT_EQ(coding.valueFromString("2026-01-02 03:04:05", QVLDebugValueTypeDate), dateAt("2026-01-02 03:04:05"));
     EXPECT_EQ(coding.valueFromString("yesterday", QVLDebugValueTypeDate), dateAt("2026-11-22 14:30:15"));
+    EXPECT_EQ(coding.stringFromValue(QVLJSONValue(nullptr), QVLDebugValueTypeJSON), std::nullopt);
 }
 
 TEST_F(ValueCodingTest, AnEmptyTextIsNullAndOneThatDoesNotParseIsNothing) {
@@ -160,7 +163,12 @@ TEST_F(NaturalLanguageDateTest, ReadsDaysDistancesWeekdaysAndTimes) {
                                {"12 am", "2026-11-23 00:00:00"},
                                {"2026-01-31", "2026-01-31 14:30:15"},
                                {"2026-01-31 08:00", "2026-01-31 08:00:00"},
+                               {"2026-01-31T08:00", "2026-01-31 08:00:00"},
                                {"1/31/26", "2026-01-31 14:30:15"},
+                               {"1/31/2026", "2026-01-31 14:30:15"},
+                               {"2/29/00", "2000-02-29 14:30:15"},
+                               {"1/31/77", "1977-01-31 14:30:15"},
+                               {"1/31/2026 8:05 AM", "2026-01-31 08:05:00"},
                                {"1/31/26 8:05 AM", "2026-01-31 08:05:00"}}) {
         const auto date = qvl_dateFromNaturalLanguage(row.text, now, english);
         EXPECT_EQ(date ? QVLDebugDateFormatter().stringFromDate(*date) : "none", row.date) << row.text;
@@ -169,7 +177,54 @@ TEST_F(NaturalLanguageDateTest, ReadsDaysDistancesWeekdaysAndTimes) {
               QVLDate(std::chrono::sys_days(std::chrono::year(2026) / 11 / 23) + std::chrono::hours(9)));
     EXPECT_EQ(qvl_dateFromNaturalLanguage("letzten freitag", now, QLocale("de_DE")), std::nullopt);
     EXPECT_EQ(qvl_dateFromNaturalLanguage("Freitag", now, QLocale("de_DE")), dateAt("2026-11-27 14:30:15"));
-    EXPECT_EQ(qvl_dateFromNaturalLanguage("31.01.26", now, QLocale("de_DE")), dateAt("2026-01-31 14:30:15"));
+    for (const auto& [text, locale] : {std::pair{"31.01.26", "de_DE"},
+                                       {"31.1.2026", "de_DE"},
+                                       {"31/01/26", "fr_FR"},
+                                       {"31/01/2026", "fr_FR"},
+                                       {"2026/01/31", "ja_JP"},
+                                       {"31/1/26", "es_ES"}}) {
+        EXPECT_EQ(qvl_dateFromNaturalLanguage(text, now, QLocale(locale)), dateAt("2026-01-31 14:30:15")) << text;
+    }
+}
+
+/// Lets a test live in another time zone.
+class TimeZoneForTests final {
+public:
+    explicit TimeZoneForTests(const char* zone) : m_before(qgetenv("TZ")) { use(zone); }
+    TimeZoneForTests(const TimeZoneForTests&) = delete;
+    TimeZoneForTests& operator=(const TimeZoneForTests&) = delete;
+    ~TimeZoneForTests() { use(m_before.isNull() ? nullptr : m_before.constData()); }
+
+private:
+    static void use(const char* zone) {
+        if (zone) {
+            qputenv("TZ", zone);
+        } else {
+            qunsetenv("TZ");
+        }
+        tzset();
+    }
+    const QByteArray m_before;
+};
+
+TEST_F(NaturalLanguageDateTest, ATimeThatSummerTimeSkipsIsTheOneAnHourLater) {
+    const TimeZoneForTests zone("CET-1CEST,M3.5.0,M10.5.0/3");
+    EXPECT_EQ(dateAt("2026-03-29 02:30:00"), dateAt("2026-03-29 03:30:00"));
+    EXPECT_EQ(qvl_dateFromNaturalLanguage("tomorrow at 2:30", dateAt("2026-03-28 12:00:00"), english),
+              dateAt("2026-03-29 03:30:00"));
+    EXPECT_EQ(qvl_dateFromNaturalLanguage("3/29/26", dateAt("2026-03-28 02:30:00"), english),
+              dateAt("2026-03-29 03:30:00"));
+}
+
+TEST(ScriptDateFormatterTest, WritesShortDatesAndTimesWithSecondsAsTheLocaleDoes) {
+    const QVLDebugScriptDateFormatter formatter;
+    const QVLDate date = dateAt("2026-11-23 14:30:15");
+    for (const auto& [locale, text] : {std::pair{"en_US", "11/23/26 2:30:15 PM"},
+                                       {"de_DE", "23.11.26 14:30:15"},
+                                       {"ja_JP", "2026/11/23 14:30:15"},
+                                       {"fi_FI", "23.11.2026 14.30.15"}}) {
+        EXPECT_EQ(formatter.stringFromDate(date, QLocale(locale)), text);
+    }
 }
 
 TEST_F(NaturalLanguageDateTest, RefusesWhatMeansNoDate) {
