@@ -197,6 +197,8 @@ protected:
         palette.setColor(QPalette::Base, row.base);
         QApplication::setPalette(palette);
         turn();
+        // Values are drawn anew on the turn after that.
+        turn();
     }
 
 private:

@@ -49,7 +49,7 @@ QColor qvl_gray(double white, const QPalette& palette) {
     const QColor base = palette.color(QPalette::Base);
     const QColor given = mixed(Qt::black, Qt::white, white);
     const double onWhite = qvl_contrast(given, Qt::white);
-    constexpr double kNearly = 0.9;
+    constexpr double kNearly = 0.97;
     if (!qvl_isDark(palette) && qvl_contrast(given, base) >= kNearly * onWhite) {
         return given;
     }
