@@ -21,7 +21,9 @@ QVLTimeInterval timeOf(const std::function<void()>& work) {
 /// When the application's directory was made.
 QVLDate firstRun() {
     const QFileInfo directory(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation));
-    return QVLDate(std::chrono::milliseconds(directory.birthTime().toMSecsSinceEpoch()));
+    // Not every file system knows when something was made.
+    const QDateTime made = directory.birthTime().isValid() ? directory.birthTime() : directory.lastModified();
+    return QVLDate(std::chrono::milliseconds(made.toMSecsSinceEpoch()));
 }
 
 QStorageInfo storage() {

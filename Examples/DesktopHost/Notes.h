@@ -9,4 +9,8 @@ struct Notes {
     std::string plan = "free";
     int exportsThisMonth = 0;
     bool isPresenting = false;
+
+    /// As they were saved in the application's directory.
+    [[nodiscard]] static Notes load();
+    void save() const;
 };

@@ -3,11 +3,24 @@
 #include <QFileDialog>
 #include <QListWidget>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QPlainTextEdit>
+#include <QSignalBlocker>
 #include <QSplitter>
 #include <QVBoxLayout>
 
 #include <fstream>
+
+namespace {
+
+/// The beginning of a note's first line.
+QString titleOf(const QString& text) {
+    constexpr int kLongest = 40;
+    const QString title = text.section('\n', 0, 0).left(kLongest);
+    return title.isEmpty() ? "New Note" : title;
+}
+
+} // namespace
 
 NotesWindow::NotesWindow() {
     setWindowTitle("Notes");
@@ -28,13 +41,22 @@ NotesWindow::NotesWindow() {
     addMenus();
     connect(m_list, &QListWidget::currentRowChanged, this, &NotesWindow::showNote);
     connect(m_editor, &QPlainTextEdit::textChanged, this, &NotesWindow::storeText);
+    for (const std::string& text : m_notes.texts) {
+        addItem(text);
+    }
+    if (m_notes.texts.empty()) {
+        m_notes.texts.emplace_back();
+        addItem("");
+    }
     m_rules->start();
-    addNote();
 }
 
 void NotesWindow::addMenus() {
     QMenu* const note = menuBar()->addMenu("&Note");
-    note->addAction("&New", QKeySequence::New, this, &NotesWindow::addNote);
+    note->addAction("&New", QKeySequence::New, this, [this] {
+        addNote();
+        m_rules->record("document.created");
+    });
     note->addAction("&Export…", QKeySequence::Save, this, &NotesWindow::exportNote);
     note->addAction("&Delete", this, &NotesWindow::removeNote);
     note->addSeparator();
@@ -45,7 +67,7 @@ void NotesWindow::addMenus() {
     present->setCheckable(true);
     connect(present, &QAction::toggled, this, [this](bool isOn) {
         m_notes.isPresenting = isOn;
-        m_rules->stateChanged();
+        stateChanged();
     });
 
     // The key file may come and go while the application runs.
@@ -62,13 +84,21 @@ void NotesWindow::showDebugConsole() {
     m_debugConsole->showWindow();
 }
 
-void NotesWindow::addNote() {
-    m_notes.texts.emplace_back();
-    m_list->addItem("New Note");
+void NotesWindow::stateChanged() {
+    m_notes.save();
+    m_rules->stateChanged();
+}
+
+void NotesWindow::addItem(const std::string& text) {
+    m_list->addItem(titleOf(QString::fromStdString(text)));
     m_list->setCurrentRow(m_list->count() - 1);
     m_editor->setFocus();
-    m_rules->record("document.created");
-    m_rules->stateChanged();
+}
+
+void NotesWindow::addNote() {
+    m_notes.texts.emplace_back();
+    addItem("");
+    stateChanged();
 }
 
 void NotesWindow::removeNote() {
@@ -76,9 +106,14 @@ void NotesWindow::removeNote() {
     if (row < 0) {
         return;
     }
-    m_notes.texts.erase(m_notes.texts.begin() + row);
-    delete m_list->takeItem(row);
-    m_rules->stateChanged();
+    {
+        // Texts and items have to agree again before the next note is shown.
+        const QSignalBlocker quiet(m_list);
+        delete m_list->takeItem(row);
+        m_notes.texts.erase(m_notes.texts.begin() + row);
+    }
+    showNote(m_list->currentRow());
+    stateChanged();
 }
 
 void NotesWindow::exportNote() {
@@ -86,9 +121,14 @@ void NotesWindow::exportNote() {
     if (path.isEmpty()) {
         return;
     }
-    std::ofstream(path.toStdString()) << m_editor->toPlainText().toStdString();
+    std::ofstream file(path.toStdString());
+    file << m_editor->toPlainText().toStdString() << std::flush;
+    if (!file) {
+        QMessageBox::warning(this, "Export", "The note could not be written to " + path + ".");
+        return;
+    }
     ++m_notes.exportsThisMonth;
-    m_rules->stateChanged();
+    stateChanged();
 }
 
 void NotesWindow::showNote(int row) {
@@ -104,6 +144,6 @@ void NotesWindow::storeText() {
     }
     const QString text = m_editor->toPlainText();
     m_notes.texts[static_cast<std::size_t>(row)] = text.toStdString();
-    const QString title = text.section('\n', 0, 0).left(40);
-    m_list->item(row)->setText(title.isEmpty() ? "New Note" : title);
+    m_list->item(row)->setText(titleOf(text));
+    m_notes.save();
 }

@@ -21,13 +21,16 @@ public:
 
 private:
     void addMenus();
+    void addItem(const std::string& text);
     void addNote();
     void removeNote();
     void exportNote();
     void showNote(int row);
     void storeText();
+    /// The application's state changed.
+    void stateChanged();
 
-    Notes m_notes;
+    Notes m_notes = Notes::load();
     PromptBar* m_bar = nullptr;
     QListWidget* m_list = nullptr;
     QPlainTextEdit* m_editor = nullptr;

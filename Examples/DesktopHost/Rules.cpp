@@ -1,7 +1,8 @@
 #include "Rules.h"
 
-Rules::Rules(const Notes& notes, PromptBar& bar)
-    : m_bar(bar),
+Rules::Rules(Notes& notes, PromptBar& bar)
+    : m_notes(notes),
+      m_bar(bar),
       m_engine(QVLQuorvelEnvironment::sharedEnvironment()->quorvelForPreLogin()),
       m_inputs(std::make_shared<InputsManager>(m_engine, notes)) {}
 
@@ -15,6 +16,8 @@ void Rules::start() {
     m_engine->start();
     m_inputs->updateInputsNow();
     record("session.started");
+    // What the last session left behind is there at once, and nothing announces it.
+    showWhatOutputsAsk();
 }
 
 bool Rules::isOn(const char* output) const {
@@ -49,15 +52,12 @@ std::optional<PromptBar::Prompt> Rules::tour() {
 
 std::optional<PromptBar::Prompt> Rules::storageBanner() {
     const std::string level = textOf("storageWarning");
-    if (level.empty()) {
+    if (level.empty() || m_isStorageLeftForLater) {
         return std::nullopt;
     }
-    return PromptBar::Prompt{QString::fromStdString("Storage is " + level + "."),
-                             "storage.warningShown",
-                             "Later",
-                             "Dismiss",
-                             [] {},
-                             event("storage.warningDismissed")};
+    return PromptBar::Prompt{
+        QString::fromStdString("Storage is " + level + "."), "storage.warningShown",           "Later", "Dismiss",
+        [this] { m_isStorageLeftForLater = true; },          event("storage.warningDismissed")};
 }
 
 std::optional<PromptBar::Prompt> Rules::newsBanner() {
@@ -82,7 +82,11 @@ std::optional<PromptBar::Prompt> Rules::upgradeOffer() {
                              "upgrade.offerShown",
                              "Upgrade",
                              "Not Now",
-                             event("upgrade.offerAccepted"),
+                             [this, plan] {
+                                 record("upgrade.offerAccepted");
+                                 m_notes.plan = plan;
+                                 stateChanged();
+                             },
                              event("upgrade.offerRefused")};
 }
 

@@ -8,8 +8,8 @@
 /// The application's side of the rules: records what its user does, and turns outputs into prompts.
 class Rules final {
 public:
-    /// Shows prompts in the bar, which outlives this.
-    Rules(const Notes& notes, PromptBar& bar);
+    /// Shows prompts in the bar; it and the notes outlive this.
+    Rules(Notes& notes, PromptBar& bar);
     ~Rules();
 
     void start();
@@ -32,7 +32,9 @@ private:
     [[nodiscard]] std::function<void()> event(const std::string& key);
     [[nodiscard]] std::function<void()> flag(const std::string& key);
 
+    Notes& m_notes;
     PromptBar& m_bar;
+    bool m_isStorageLeftForLater = false;
     const std::shared_ptr<QVLQuorvel> m_engine;
     const std::shared_ptr<InputsManager> m_inputs;
     QVLToken m_observation;

@@ -1,4 +1,5 @@
 #include "NotesWindow.h"
+#include "SmokeTest.h"
 
 #include <Quorvel/Quorvel.h>
 
@@ -6,6 +7,8 @@
 #include <QCommandLineParser>
 #include <QDir>
 #include <QStandardPaths>
+
+#include <optional>
 
 namespace {
 
@@ -24,7 +27,9 @@ int main(int argc, char** argv) {
     QCommandLineParser parser;
     parser.addHelpOption();
     const QCommandLineOption console("console", "Show the debug console at once, if the debug tools are unlocked.");
-    parser.addOption(console);
+    const QCommandLineOption smokeTest("smoke-test",
+                                       "Use the application for some seconds as its user would, and quit.");
+    parser.addOptions({console, smokeTest});
     parser.process(application);
 
     const auto& environment = QVLQuorvelEnvironment::sharedEnvironment();
@@ -35,6 +40,10 @@ int main(int argc, char** argv) {
     window.show();
     if (parser.isSet(console) && environment->debugToolsAvailable()) {
         window.showDebugConsole();
+    }
+    std::optional<SmokeTest> test;
+    if (parser.isSet(smokeTest)) {
+        test.emplace(window);
     }
     return QApplication::exec();
 }

@@ -18,8 +18,8 @@ class QVLQuorvel;
 /// default GLib main context.
 ///
 /// Main thread. Holds the engine and the manager strongly; when it is destroyed, nothing of the console is left: no
-/// window, no observer, no timer. Closing the window only hides it, and what it shows stays up to date. On disk: the
-/// window's size, in the user defaults.
+/// window, no observer, no timer. While the window is closed nothing is observed either, and no timer runs; shown again,
+/// it loads what changed meanwhile. On disk: the size that the window was given, in the user defaults.
 class QVL_EXPORT QVLDebugWindowController final {
 public:
     /// A controller with its window, not yet shown and in the middle of the screen. The manager may be null: then there
@@ -37,7 +37,7 @@ public:
     [[nodiscard]] QMainWindow* window() const;
     /// Shows the window in front of others.
     void showWindow();
-    /// Hides the window, as its close button does.
+    /// Closes the window, as its close button does. The application goes on, even if this was its last window.
     void close();
 
 private:
