@@ -40,7 +40,7 @@ bool qvl_isDark(const QPalette& palette) {
 
 double qvl_contrast(const QColor& a, const QColor& b) {
     constexpr double kGlare = 0.05;
-    const auto [darker, lighter] = std::minmax(luminance(a), luminance(b));
+    const auto [darker, lighter] = std::minmax({luminance(a), luminance(b)});
     return (lighter + kGlare) / (darker + kGlare);
 }
 
