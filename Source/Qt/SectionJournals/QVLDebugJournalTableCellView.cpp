@@ -106,6 +106,8 @@ void QVLDebugJournalTableCellView::addFieldWithDataName(const std::string& dataN
     if (m_fieldCount == m_fieldViews.size()) {
         m_fieldViews.push_back(new QVLDebugDataView(m_fieldLayoutView));
         m_fieldLayout->addWidget(m_fieldViews.back());
+        // The key stands on one line with the first field.
+        m_keyLabel->setMinimumHeight(m_fieldViews.front()->sizeHint().height());
     }
     QVLDebugDataView& fieldView = *m_fieldViews[m_fieldCount++];
     fieldView.setDataName(dataName);

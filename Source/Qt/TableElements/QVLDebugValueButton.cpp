@@ -45,11 +45,11 @@ void QVLDebugValueButton::setAttributedText(const QString& text, const QFont& fo
 
 QSize QVLDebugValueButton::sizeHint() const {
     const int width = fontMetrics().horizontalAdvance(singleLine(text())) + 2 * kMargin + 1;
-    return {std::max(width, kLeastWidth), fontMetrics().height()};
+    return {text().isEmpty() ? kLeastWidth : width, fontMetrics().height()};
 }
 
 QSize QVLDebugValueButton::minimumSizeHint() const {
-    return {kLeastWidth, fontMetrics().height()};
+    return {std::min(kLeastWidth, sizeHint().width()), fontMetrics().height()};
 }
 
 void QVLDebugValueButton::keyPressEvent(QKeyEvent* event) {
