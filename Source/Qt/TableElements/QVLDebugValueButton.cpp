@@ -7,6 +7,7 @@
 #include <QStyleOptionFocusRect>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -67,7 +68,10 @@ void QVLDebugValueButton::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     const QRect area = rect().adjusted(kMargin, 0, -kMargin, 0);
     painter.setPen(m_textColor);
-    painter.drawText(area, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
+    // As a label places its line, so that a value stands on one line with its key.
+    const QFontMetricsF metrics(font());
+    const double baseline = std::floor((height() - metrics.height()) / 2) + metrics.ascent();
+    painter.drawText(QPointF(area.left(), baseline),
                      fontMetrics().elidedText(singleLine(text()), Qt::ElideRight, area.width()));
     if (hasFocus()) {
         QStyleOptionFocusRect option;
