@@ -29,17 +29,17 @@ int main(int argc, char** argv) {
     const QCommandLineOption console("console", "Show the debug console at once, if the debug tools are unlocked.");
     const QCommandLineOption smokeTest("smoke-test",
                                        "Use the application for some seconds as its user would, and quit.");
-    const QCommandLineOption nightlyFeed("nightly-feed", "Where nightly scripts are listed, for the debug console.",
+    const QCommandLineOption remoteScript("remote-script", "Where the rules are downloaded from.", "URL");
+    const QCommandLineOption nightlyFeed("nightly-feed", "Where nightly rules are listed, for the debug console.",
                                          "URL");
-    parser.addOptions({console, smokeTest, nightlyFeed});
+    parser.addOptions({console, smokeTest, remoteScript, nightlyFeed});
     parser.process(application);
 
     const auto& environment = QVLQuorvelEnvironment::sharedEnvironment();
     environment->setApplicationSupportDirectory(applicationDirectory());
     environment->setAppVersion("4.4.2");
-    if (parser.isSet(nightlyFeed)) {
-        environment->setNightlyFeedURL(QVLURL::fromString(parser.value(nightlyFeed).toStdString()));
-    }
+    environment->setRemoteScriptURL(QVLURL::fromString(parser.value(remoteScript).toStdString()));
+    environment->setNightlyFeedURL(QVLURL::fromString(parser.value(nightlyFeed).toStdString()));
 
     NotesWindow window;
     window.show();

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -48,6 +49,15 @@ TEST(Format, WhatIsMissingIsWrittenAsNull) {
         QVLStringWithFormat("%@ %@ %@ %@ %@ %@", noText, noObject, noCharacters, noPointer, nullptr, QVLJSONValue()),
         "(null) (null) (null) (null) (null) (null)");
     EXPECT_EQ(QVLStringWithFormat("%@ %@", std::optional<int>(3), std::optional<std::string>("")), "3 ");
+}
+
+TEST(Format, RealNumbersKeepTheirPointInEveryLocale) {
+    const std::string before = std::setlocale(LC_NUMERIC, nullptr);
+    if (!std::setlocale(LC_NUMERIC, "de_DE.UTF-8") && !std::setlocale(LC_NUMERIC, "fr_FR.UTF-8")) {
+        GTEST_SKIP() << "no locale with a decimal comma is installed";
+    }
+    EXPECT_EQ(QVLStringWithFormat("%.3f %g %08.2f %.0f", 0.5, -1.5, 3.25, 7.0), "0.500 -1.5 00003.25 7");
+    std::setlocale(LC_NUMERIC, before.c_str());
 }
 
 TEST(Format, AFormatFromOutsideLeavesWhatItCannotFill) {
