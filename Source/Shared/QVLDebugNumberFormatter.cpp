@@ -38,6 +38,13 @@ QString withPlainSigns(const QString& text, const QLocale& locale) {
     return plain;
 }
 
+/// Such a number is read as an integer, for which the shortest digits of a real one are not enough.
+bool isWholeOf64Bits(double real) {
+    constexpr double kLeast = -9223372036854775808.0;
+    constexpr double kBeyond = 18446744073709551616.0;
+    return real >= kLeast && real < kBeyond && real == std::trunc(real);
+}
+
 QVLJSONValue numberIn(const QString& text, const QLocale& locale) {
     bool isRead = false;
     if (const qlonglong whole = locale.toLongLong(text, &isRead); isRead) {
@@ -60,7 +67,7 @@ std::optional<std::string> QVLDebugNumberFormatter::stringFromNumber(const QVLJS
     if (!number.isNumber()) {
         return std::nullopt;
     }
-    if (!number.isInteger()) {
+    if (!number.isInteger() && !isWholeOf64Bits(number.doubleValue())) {
         return m_locale.toString(number.doubleValue(), 'g', QLocale::FloatingPointShortest).toStdString();
     }
     const bool isNegative = number.doubleValue() < 0;

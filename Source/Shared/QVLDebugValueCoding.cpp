@@ -3,6 +3,7 @@
 #include "QVLDebugNaturalLanguageDate.h"
 #include "QVLJSONSerialization.h"
 #include "QVLLogMacros.h"
+#include "QVLUTF8.h"
 
 namespace {
 
@@ -70,5 +71,6 @@ QVLDebugValue QVLDebugValueCoding::valueFromString(std::string_view text, QVLDeb
     case QVLDebugValueTypeNull:
         break;
     }
-    return QVLJSONValue(text);
+    // Text that is no UTF-8 could not be written to files.
+    return qvl::isValidUTF8(text) ? QVLJSONValue(text) : QVLJSONValue();
 }

@@ -32,6 +32,8 @@ TEST(NumberFormatterTest, EveryLocaleReadsBackWhatItWrites) {
                                                0.1,
                                                -1234.5,
                                                1e300,
+                                               -3422222222222222222.7,
+                                               1.5e19,
                                                -2.5e-7,
                                                1234567.125};
     for (const QLocale& locale :
@@ -86,6 +88,7 @@ TEST_F(ValueCodingTest, AnEmptyTextIsNullAndOneThatDoesNotParseIsNothing) {
         EXPECT_EQ(coding.valueFromString("", type), QVLDebugValue(nullptr));
     }
     EXPECT_TRUE(coding.valueFromString("{\"a\":", QVLDebugValueTypeJSON).isNothing());
+    EXPECT_TRUE(coding.valueFromString("no UTF-8: \xb1", QVLDebugValueTypeString).isNothing());
     EXPECT_TRUE(coding.valueFromString("many", QVLDebugValueTypeNumber).isNothing());
     EXPECT_TRUE(coding.valueFromString("the day after the fair", QVLDebugValueTypeDate).isNothing());
 }
@@ -222,7 +225,8 @@ TEST(ScriptDateFormatterTest, WritesShortDatesAndTimesWithSecondsAsTheLocaleDoes
     for (const auto& [locale, text] : {std::pair{"en_US", "11/23/26 2:30:15 PM"},
                                        {"de_DE", "23.11.26 14:30:15"},
                                        {"ja_JP", "2026/11/23 14:30:15"},
-                                       {"fi_FI", "23.11.2026 14.30.15"}}) {
+                                       {"fi_FI", "23.11.2026 14.30.15"},
+                                       {"C", "23 Nov 2026 14:30:15"}}) {
         EXPECT_EQ(formatter.stringFromDate(date, QLocale(locale)), text);
     }
 }

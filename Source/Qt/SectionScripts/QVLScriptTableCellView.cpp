@@ -31,6 +31,8 @@ QVLScriptTableCellView::QVLScriptTableCellView(std::shared_ptr<QVLScript> script
 void QVLScriptTableCellView::setupViews() {
     m_versionLabel = qvl_selectableLabel(this);
     m_labelView = new QVLDebugBadge(this);
+    constexpr double kLabelGray = 0.6;
+    m_labelView->setBackgroundGray(kLabelGray);
     m_dateLabel = qvl_selectableLabel(this);
     m_dateLabel->setText(qvl_text(qvl_localizedString("date")));
     m_useButton = new QPushButton(this);

@@ -9,7 +9,8 @@ std::string QVLDebugScriptDateFormatter::stringFromDate(QVLDate date, const QLoc
     // The medium form is the short one with seconds, which are set off as the minutes are.
     static const QRegularExpression kMinutes("(?<separator>[^a-zA-Z\\s]*)m+");
     QString timeFormat = locale.timeFormat(QLocale::ShortFormat);
-    if (const QRegularExpressionMatch minutes = kMinutes.match(timeFormat); minutes.hasMatch()) {
+    const QRegularExpressionMatch minutes = kMinutes.match(timeFormat);
+    if (minutes.hasMatch() && !timeFormat.contains('s')) {
         timeFormat.insert(minutes.capturedEnd(), minutes.captured("separator") + "ss");
     }
     const QString text =
