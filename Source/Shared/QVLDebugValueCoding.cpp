@@ -3,7 +3,6 @@
 #include "QVLDebugNaturalLanguageDate.h"
 #include "QVLJSONSerialization.h"
 #include "QVLLogMacros.h"
-#include "QVLUTF8.h"
 
 namespace {
 
@@ -72,5 +71,6 @@ QVLDebugValue QVLDebugValueCoding::valueFromString(std::string_view text, QVLDeb
         break;
     }
     // Text that is no UTF-8 could not be written to files.
-    return qvl::isValidUTF8(text) ? QVLJSONValue(text) : QVLJSONValue();
+    const QVLJSONValue string(text);
+    return QVLJSONSerialization::dataWithFragment(string) ? string : QVLJSONValue();
 }
