@@ -42,8 +42,14 @@ bool isSendable(const QVLHTTPRequest& request) {
 
 } // namespace
 
-QVLCurlTransfer::QVLCurlTransfer(std::uint64_t number, QVLHTTPRequest request, const QVLCurlOptions& options)
-    : m_number(number), m_request(std::move(request)), m_handle(curl_easy_init()) {
+QVLCurlTransfer::QVLCurlTransfer(const QVLCurlLibrary& curl, std::uint64_t number, QVLHTTPRequest request,
+                                 const QVLCurlOptions& options)
+    : m_curl(curl),
+      m_number(number),
+      m_request(std::move(request)),
+      m_headers(nullptr, {curl}),
+      m_connectTo(nullptr, {curl}),
+      m_handle(curl.easy_init(), {curl}) {
     if (!m_handle) {
         throw std::bad_alloc();
     }
@@ -58,9 +64,9 @@ QVLError QVLCurlTransfer::error(QVLHTTPErrorCode code, std::string_view reason, 
     return {kQVLHTTPErrorDomain, static_cast<int>(code), std::string(reason) + " <" + url.text() + ">"};
 }
 
-QVLCurlTransfer& QVLCurlTransfer::fromHandle(CURL* handle) {
+QVLCurlTransfer& QVLCurlTransfer::fromHandle(const QVLCurlLibrary& curl, CURL* handle) {
     void* transfer = nullptr;
-    curl_easy_getinfo(handle, CURLINFO_PRIVATE, &transfer);
+    curl.easy_getinfo(handle, CURLINFO_PRIVATE, &transfer);
     return *static_cast<QVLCurlTransfer*>(transfer);
 }
 
@@ -70,7 +76,7 @@ std::optional<QVLError> QVLCurlTransfer::preparationError() const {
                      m_request.url);
     }
     if (m_preparation != CURLE_OK) {
-        return error(QVLHTTPErrorCode::Other, curl_easy_strerror(m_preparation), m_request.url);
+        return error(QVLHTTPErrorCode::Other, m_curl.easy_strerror(m_preparation), m_request.url);
     }
     return std::nullopt;
 }
@@ -80,23 +86,23 @@ QVLHTTPReply QVLCurlTransfer::takeReply(CURLcode result) {
         return {.error = error(codeOf(result), reasonFor(result), m_request.url)};
     }
     long statusCode = 0;
-    curl_easy_getinfo(handle(), CURLINFO_RESPONSE_CODE, &statusCode);
+    m_curl.easy_getinfo(handle(), CURLINFO_RESPONSE_CODE, &statusCode);
     const char* url = nullptr;
-    curl_easy_getinfo(handle(), CURLINFO_EFFECTIVE_URL, &url);
+    m_curl.easy_getinfo(handle(), CURLINFO_EFFECTIVE_URL, &url);
     return {.response = QVLHTTPResponse{
                 .statusCode = static_cast<int>(statusCode), .body = std::move(m_body), .url = url ? url : ""}};
 }
 
 template <class Value>
 void QVLCurlTransfer::set(CURLoption option, Value value) {
-    const CURLcode result = curl_easy_setopt(handle(), option, value);
+    const CURLcode result = m_curl.easy_setopt(handle(), option, value);
     if (m_preparation == CURLE_OK) {
         m_preparation = result;
     }
 }
 
 void QVLCurlTransfer::append(List& list, const std::string& text) {
-    curl_slist* const longer = curl_slist_append(list.get(), text.c_str());
+    curl_slist* const longer = m_curl.slist_append(list.get(), text.c_str());
     if (!longer) {
         throw std::bad_alloc();
     }
@@ -195,7 +201,7 @@ QVLHTTPErrorCode QVLCurlTransfer::codeOf(CURLcode result) const {
         return QVLHTTPErrorCode::BodyTooLarge;
     }
     long redirectCount = 0;
-    curl_easy_getinfo(handle(), CURLINFO_REDIRECT_COUNT, &redirectCount);
+    m_curl.easy_getinfo(handle(), CURLINFO_REDIRECT_COUNT, &redirectCount);
     if (redirectCount > 0 && (result == CURLE_UNSUPPORTED_PROTOCOL || result == CURLE_URL_MALFORMAT)) {
         return QVLHTTPErrorCode::BadRedirect;
     }
@@ -239,5 +245,5 @@ std::string QVLCurlTransfer::reasonFor(CURLcode result) const {
         return "The answer is larger than " + std::to_string(m_request.responseBodyLimit) + " bytes";
     }
     const std::string detail = m_errorText.data();
-    return curl_easy_strerror(result) + (detail.empty() ? std::string() : ": " + detail);
+    return m_curl.easy_strerror(result) + (detail.empty() ? std::string() : ": " + detail);
 }

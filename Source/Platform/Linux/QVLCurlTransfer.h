@@ -1,8 +1,7 @@
 #pragma once
 
+#include "QVLCurlLibrary.h"
 #include "QVLHTTPSession.h"
-
-#include <curl/curl.h>
 
 #include <array>
 #include <cstdint>
@@ -17,6 +16,8 @@ struct QVLCurlOptions {
     std::vector<std::string> connectTo = {};
     /// A file of certificates (PEM) to trust in place of the system's; empty for the system's.
     std::string certificateAuthorityFile = {};
+    /// Asked with the first request, on the thread of the transfers.
+    const QVLCurlLibrary& (*library)() = &QVLCurlLibrary::shared;
 };
 
 /// One request under way: a libcurl handle and everything that the handle points to.
@@ -24,12 +25,14 @@ struct QVLCurlOptions {
 /// One thread at a time. The handle must be out of every multi handle when this is destroyed.
 class QVLCurlTransfer final {
 public:
-    QVLCurlTransfer(std::uint64_t number, QVLHTTPRequest request, const QVLCurlOptions& options);
+    /// The library must be loaded.
+    QVLCurlTransfer(const QVLCurlLibrary& curl, std::uint64_t number, QVLHTTPRequest request,
+                    const QVLCurlOptions& options);
     QVLCurlTransfer(const QVLCurlTransfer&) = delete;
     QVLCurlTransfer& operator=(const QVLCurlTransfer&) = delete;
 
     [[nodiscard]] static QVLError error(QVLHTTPErrorCode code, std::string_view reason, const QVLURL& url);
-    [[nodiscard]] static QVLCurlTransfer& fromHandle(CURL* handle);
+    [[nodiscard]] static QVLCurlTransfer& fromHandle(const QVLCurlLibrary& curl, CURL* handle);
 
     /// Why the request cannot be sent; no value when it can.
     [[nodiscard]] std::optional<QVLError> preparationError() const;
@@ -41,10 +44,12 @@ public:
 
 private:
     struct HandleCleanup {
-        void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
+        const QVLCurlLibrary& curl;
+        void operator()(CURL* handle) const { curl.easy_cleanup(handle); }
     };
     struct ListCleanup {
-        void operator()(curl_slist* list) const { curl_slist_free_all(list); }
+        const QVLCurlLibrary& curl;
+        void operator()(curl_slist* list) const { curl.slist_free_all(list); }
     };
     using List = std::unique_ptr<curl_slist, ListCleanup>;
 
@@ -60,6 +65,7 @@ private:
     [[nodiscard]] QVLHTTPErrorCode codeOf(CURLcode result) const;
     [[nodiscard]] std::string reasonFor(CURLcode result) const;
 
+    const QVLCurlLibrary& m_curl;
     const std::uint64_t m_number;
     const QVLHTTPRequest m_request;
     std::string m_body;

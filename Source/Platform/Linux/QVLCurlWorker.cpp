@@ -1,7 +1,6 @@
 #include "QVLCurlWorker.h"
 
 #include <csignal>
-#include <new>
 #include <utility>
 
 #include <pthread.h>
@@ -13,16 +12,6 @@ constexpr long kConnectionsPerHost = 6;
 constexpr int kLongestWaitInMilliseconds = 60'000;
 /// Where the process had no file descriptors left for waking the thread up.
 constexpr int kWaitWithoutWakeUpInMilliseconds = 100;
-
-CURLM* makeMulti() {
-    static const CURLcode initialised = curl_global_init(CURL_GLOBAL_DEFAULT);
-    CURLM* const multi = initialised == CURLE_OK ? curl_multi_init() : nullptr;
-    if (!multi) {
-        throw std::bad_alloc();
-    }
-    curl_multi_setopt(multi, CURLMOPT_MAX_HOST_CONNECTIONS, kConnectionsPerHost);
-    return multi;
-}
 
 /// Writing to a connection that the server has closed raises it, and it would end the host: the TLS library does not
 /// ask the kernel to leave it out.
@@ -36,19 +25,14 @@ void blockBrokenPipeSignal() {
 } // namespace
 
 QVLCurlWorker::QVLCurlWorker(QVLCurlOptions options, Report report)
-    : m_options(std::move(options)),
-      m_report(std::move(report)),
-      m_multi(makeMulti()),
-      m_longestWaitInMilliseconds(curl_multi_wakeup(m_multi.get()) == CURLM_OK ? kLongestWaitInMilliseconds
-                                                                               : kWaitWithoutWakeUpInMilliseconds),
-      m_thread([this] { run(); }) {}
+    : m_options(std::move(options)), m_report(std::move(report)), m_thread([this] { run(); }) {}
 
 QVLCurlWorker::~QVLCurlWorker() {
     {
         const std::lock_guard lock(m_mutex);
         m_isStopping = true;
+        wakeUp();
     }
-    curl_multi_wakeup(m_multi.get());
     m_thread.join();
 }
 
@@ -61,11 +45,18 @@ void QVLCurlWorker::cancel(std::uint64_t number) {
 }
 
 void QVLCurlWorker::perform(std::function<void()> command) {
-    {
-        const std::lock_guard lock(m_mutex);
-        m_commands.push_back(std::move(command));
+    const std::lock_guard lock(m_mutex);
+    m_commands.push_back(std::move(command));
+    wakeUp();
+}
+
+/// With the mutex locked.
+void QVLCurlWorker::wakeUp() {
+    if (m_multi) {
+        curl().multi_wakeup(m_multi.get());
+    } else {
+        m_wakeUp.notify_one();
     }
-    curl_multi_wakeup(m_multi.get());
 }
 
 /// False when the thread is to end.
@@ -88,23 +79,61 @@ void QVLCurlWorker::run() {
     pthread_setname_np(pthread_self(), "quorvel.http");
     blockBrokenPipeSignal();
     while (runCommands()) {
-        int runningCount = 0;
-        curl_multi_perform(m_multi.get(), &runningCount);
-        reportFinished();
-        curl_multi_poll(m_multi.get(), /*extra_fds=*/nullptr, /*extra_nfds=*/0, m_longestWaitInMilliseconds, nullptr);
+        if (m_multi) {
+            transferAndWait();
+        } else {
+            waitForCommands();
+        }
     }
     while (!m_transfers.empty()) {
         drop(m_transfers.begin()->first);
     }
 }
 
+void QVLCurlWorker::transferAndWait() {
+    int runningCount = 0;
+    curl().multi_perform(m_multi.get(), &runningCount);
+    reportFinished();
+    curl().multi_poll(m_multi.get(), /*extra_fds=*/nullptr, /*extra_nfds=*/0, m_longestWaitInMilliseconds, nullptr);
+}
+
+void QVLCurlWorker::waitForCommands() {
+    std::unique_lock lock(m_mutex);
+    m_wakeUp.wait(lock, [this] { return m_isStopping || !m_commands.empty(); });
+}
+
+/// Makes the multi handle where there is none yet. Empty when there is one, else why not.
+std::string QVLCurlWorker::open() {
+    if (m_multi) {
+        return {};
+    }
+    const QVLCurlLibrary& curl = m_options.library();
+    if (!curl.loadingError().empty()) {
+        return curl.loadingError();
+    }
+    Multi multi(curl.multi_init(), {&curl});
+    if (!multi) {
+        return "libcurl has no memory for transfers";
+    }
+    curl.multi_setopt(multi.get(), CURLMOPT_MAX_HOST_CONNECTIONS, kConnectionsPerHost);
+    m_longestWaitInMilliseconds =
+        curl.multi_wakeup(multi.get()) == CURLM_OK ? kLongestWaitInMilliseconds : kWaitWithoutWakeUpInMilliseconds;
+    const std::lock_guard lock(m_mutex);
+    m_multi = std::move(multi);
+    return {};
+}
+
 void QVLCurlWorker::begin(std::uint64_t number, QVLHTTPRequest request) {
-    auto transfer = std::make_unique<QVLCurlTransfer>(number, std::move(request), m_options);
+    if (const std::string reason = open(); !reason.empty()) {
+        m_report(number, {.error = QVLCurlTransfer::error(QVLHTTPErrorCode::Other, reason, request.url)});
+        return;
+    }
+    auto transfer = std::make_unique<QVLCurlTransfer>(curl(), number, std::move(request), m_options);
     if (const auto error = transfer->preparationError()) {
         m_report(number, {.error = error});
         return;
     }
-    curl_multi_add_handle(m_multi.get(), transfer->handle());
+    curl().multi_add_handle(m_multi.get(), transfer->handle());
     m_transfers.emplace(number, std::move(transfer));
 }
 
@@ -113,16 +142,16 @@ void QVLCurlWorker::drop(std::uint64_t number) {
     if (entry == m_transfers.end()) {
         return;
     }
-    curl_multi_remove_handle(m_multi.get(), entry->second->handle());
+    curl().multi_remove_handle(m_multi.get(), entry->second->handle());
     m_transfers.erase(entry);
 }
 
 void QVLCurlWorker::reportFinished() {
     int remaining = 0;
-    while (const CURLMsg* const message = curl_multi_info_read(m_multi.get(), &remaining)) {
+    while (const CURLMsg* const message = curl().multi_info_read(m_multi.get(), &remaining)) {
         // The message does not outlive the removal of its handle.
         const CURLcode result = message->data.result;
-        QVLCurlTransfer& transfer = QVLCurlTransfer::fromHandle(message->easy_handle);
+        QVLCurlTransfer& transfer = QVLCurlTransfer::fromHandle(curl(), message->easy_handle);
         const std::uint64_t number = transfer.number();
         QVLHTTPReply reply = transfer.takeReply(result);
         drop(number);

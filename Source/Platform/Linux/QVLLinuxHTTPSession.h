@@ -10,7 +10,8 @@
 
 class QVLCurlWorker;
 
-/// HTTP over libcurl, on one thread of the session's own. Proxies are taken from the environment's usual variables.
+/// HTTP over libcurl, on one thread of the session's own, which loads libcurl with the first request. Proxies are taken
+/// from the environment's usual variables.
 class QVLLinuxHTTPSession final : public QVLHTTPSession {
 public:
     explicit QVLLinuxHTTPSession(std::shared_ptr<QVLMainRunLoop> mainRunLoop, QVLCurlOptions options = {});

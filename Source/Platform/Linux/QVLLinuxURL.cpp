@@ -1,56 +1,61 @@
 #include "QVLURL.h"
 
-#include <curl/curl.h>
+#include <glib.h>
 
 #include <algorithm>
 #include <memory>
 #include <utility>
 
+#include <arpa/inet.h>
+
 namespace {
 
-struct ParserCleanup {
-    void operator()(CURLU* parser) const { curl_url_cleanup(parser); }
-};
-using Parser = std::unique_ptr<CURLU, ParserCleanup>;
-
 struct TextCleanup {
-    void operator()(char* text) const { curl_free(text); }
+    void operator()(char* text) const { g_free(text); }
 };
+using Text = std::unique_ptr<char, TextCleanup>;
 
 bool isVisibleASCII(std::string_view text) {
     return std::all_of(text.begin(), text.end(), [](char character) { return character > ' ' && character < '\x7f'; });
 }
 
-/// The parser by itself takes the first directory of "http:///name" for the host, and one slash for two.
-bool hasAuthority(std::string_view text) {
-    const std::size_t colon = text.find(':');
-    return colon != std::string_view::npos && text.substr(colon).starts_with("://") && text.substr(colon + 3, 1) != "/";
-}
-
-std::string part(const Parser& parser, CURLUPart which) {
-    char* text = nullptr;
-    if (curl_url_get(parser.get(), which, &text, /*flags=*/0) != CURLUE_OK) {
-        return {};
-    }
-    return std::unique_ptr<char, TextCleanup>(text).get();
-}
-
+/// Leaves a percent sign that encodes nothing as it is.
 std::string percentDecoded(std::string_view text) {
-    int length = 0;
-    const std::unique_ptr<char, TextCleanup> decoded(
-        curl_easy_unescape(nullptr, text.data(), static_cast<int>(text.size()), &length));
-    return decoded ? std::string(decoded.get(), static_cast<std::size_t>(length)) : std::string();
+    std::string decoded;
+    for (std::size_t index = 0; index < text.size(); ++index) {
+        const bool isEscape = text[index] == '%' && text.size() - index > 2 && g_ascii_isxdigit(text[index + 1]) &&
+                              g_ascii_isxdigit(text[index + 2]);
+        if (isEscape) {
+            const int value = g_ascii_xdigit_value(text[index + 1]) * 16 + g_ascii_xdigit_value(text[index + 2]);
+            decoded.push_back(static_cast<char>(value));
+            index += 2;
+        } else {
+            decoded.push_back(text[index]);
+        }
+    }
+    return decoded;
 }
 
-std::string asciiLowercase(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](char character) {
-        return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-    });
-    return text;
+/// None of these is in the name of a host, and what connects to it may take them for the end of the name.
+bool isHostCharacter(char character) {
+    constexpr std::string_view kForbidden = "/:#?!@{}[]\\$'\"^`*<>=;,+&()";
+    return !g_ascii_iscntrl(character) && character != ' ' && kForbidden.find(character) == std::string_view::npos;
 }
 
-std::string withoutBrackets(const std::string& host) {
-    return host.starts_with('[') && host.ends_with(']') ? host.substr(1, host.size() - 2) : host;
+bool isAddressOfVersion6(const std::string& text) {
+    in6_addr address = {};
+    return inet_pton(AF_INET6, text.c_str(), &address) == 1;
+}
+
+/// Empty for what cannot be a host. The parser has taken the brackets away and keeps colons only where those were.
+std::string decodedHost(const std::string& host) {
+    if (host.find(':') != std::string::npos) {
+        // The interface behind an address is the business of whoever connects.
+        const std::string address = host.substr(0, host.find('%'));
+        return isAddressOfVersion6(address) && host.find_first_of("[]") == std::string::npos ? address : std::string();
+    }
+    const std::string decoded = percentDecoded(host);
+    return std::all_of(decoded.begin(), decoded.end(), isHostCharacter) ? decoded : std::string();
 }
 
 std::string fileNameFromPath(std::string_view path) {
@@ -64,23 +69,41 @@ std::string fileNameFromPath(std::string_view path) {
     return isPlainName ? name : std::string();
 }
 
+struct Network {
+    std::string scheme;
+    std::string host;
+};
+
+/// Of the part of an address that comes before its path.
+std::optional<Network> parsedNetwork(const std::string& text) {
+    // Encoded, the host is decoded here: the parser would turn what is not ASCII into another name.
+    constexpr auto kFlags = static_cast<GUriFlags>(G_URI_FLAGS_ENCODED | G_URI_FLAGS_NON_DNS);
+    char* scheme = nullptr;
+    char* host = nullptr;
+    if (!g_uri_split_network(text.c_str(), kFlags, &scheme, &host, /*port=*/nullptr, /*error=*/nullptr)) {
+        return std::nullopt;
+    }
+    const Text ownedScheme(scheme);
+    const Text ownedHost(host);
+    return Network{.scheme = scheme, .host = decodedHost(host)};
+}
+
 } // namespace
 
 std::optional<QVLURL> QVLURL::fromString(std::string_view text) {
-    if (!isVisibleASCII(text) || !hasAuthority(text)) {
+    const std::size_t separator = text.find("://");
+    if (!isVisibleASCII(text) || separator == std::string_view::npos) {
+        return std::nullopt;
+    }
+    // The parser would refuse a percent sign that encodes nothing, which a path may have.
+    const std::size_t pathStart = std::min(text.find_first_of("/?#", separator + 3), text.size());
+    std::optional<Network> network = parsedNetwork(std::string(text.substr(0, pathStart)));
+    if (!network || network->host.empty() || network->scheme == "file") {
         return std::nullopt;
     }
     QVLURL url(text);
-    const Parser parser(curl_url());
-    if (!parser ||
-        curl_url_set(parser.get(), CURLUPART_URL, url.m_text.c_str(), CURLU_NON_SUPPORT_SCHEME) != CURLUE_OK) {
-        return std::nullopt;
-    }
-    url.m_host = withoutBrackets(part(parser, CURLUPART_HOST));
-    if (url.m_host.empty()) {
-        return std::nullopt;
-    }
-    url.m_scheme = asciiLowercase(part(parser, CURLUPART_SCHEME));
-    url.m_lastPathComponent = fileNameFromPath(part(parser, CURLUPART_PATH));
+    url.m_scheme = std::move(network->scheme);
+    url.m_host = std::move(network->host);
+    url.m_lastPathComponent = fileNameFromPath(text.substr(pathStart, text.find_first_of("?#", pathStart) - pathStart));
     return url;
 }

@@ -7,8 +7,10 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <atomic>
 #include <optional>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -279,6 +281,36 @@ TEST_F(HTTPSessionTest, ItsLastOwnerMayDropItInACompletion) {
     });
     EXPECT_TRUE(runLoop->runUntil([&] { return !session; }));
     runLoop->runUntilIdle();
+}
+
+std::atomic<std::thread::id> loadingThread;
+
+const QVLCurlLibrary& missingLibrary() {
+    static const QVLCurlLibrary library("libcurl-missing.so.4");
+    loadingThread = std::this_thread::get_id();
+    return library;
+}
+
+TEST_F(HTTPSessionTest, LoadsItsLibraryForTheFirstRequestAndReportsToEachThatItIsMissing) {
+    QVLLinuxHTTPSession lacking(runLoop, {.library = missingLibrary});
+    const QVLHTTPRequest request{.url = RawServer::refusingURL()};
+    lacking.start(request, [](const QVLHTTPReply&) { ADD_FAILURE(); }).reset();
+    for (int count = 0; count < 2; ++count) {
+        const QVLHTTPReply reply = send(lacking, request);
+        EXPECT_EQ(errorCode(reply), QVLHTTPErrorCode::Other);
+        EXPECT_THAT(reply.error.value().message, AllOf(HasSubstr("libcurl could not be loaded: libcurl-missing.so.4"),
+                                                       HasSubstr(RawServer::refusingURL().text())));
+    }
+    EXPECT_NE(loadingThread.load(), std::this_thread::get_id());
+}
+
+TEST_F(HTTPSessionTest, LoadsNothingWhereNothingIsRequested) {
+    loadingThread = std::thread::id();
+    {
+        const QVLLinuxHTTPSession idle(runLoop, {.library = missingLibrary});
+        runLoop->runUntilIdle();
+    }
+    EXPECT_EQ(loadingThread.load(), std::thread::id());
 }
 
 class SecureHTTPSessionTest : public HTTPSessionTest {
