@@ -23,7 +23,7 @@ test: ## build everything and run the tests
 	cmake --build --preset dev
 	ctest --preset dev -j$(JOBS)
 
-bench: ## measure speed against the floors of the same run; BENCH_FLAGS=--full for every size
+bench: ## measure speed and memory against floors; BENCH_FLAGS=--full for every size
 	@Scripts/install-dependencies bench
 	cmake --preset release -DQVL_BUILD_BENCHMARKS=ON
 	cmake --build --preset release --target QuorvelBenchmarks

@@ -46,11 +46,11 @@ void QVLJournalCollection::setCollection(const QVLJSONDictionary& collection) {
     }
     // Whoever is told of the change may drop this collection.
     const std::shared_ptr<QVLJournalCollection> self = m_self.lock();
-    m_isReplacing = true;
     disownRecords();
     QVLPropertyCollection::setCollection(collection);
     ownRecords();
-    m_isReplacing = false;
+    // While they belonged to nobody, whoever was told of the change may have changed them.
+    m_holdsUnseenChanges = !changesSinceReport().empty();
 }
 
 void QVLJournalCollection::disownRecords() const {
@@ -76,12 +76,12 @@ void QVLJournalCollection::recordDidChange(const QVLJSONString& key) {
         processChangedItemForKey(key);
         return;
     }
-    m_wasToldWhileReplacing = false;
+    m_holdsUnseenChanges = false;
     processChangedCollectionItems();
 }
 
 bool QVLJournalCollection::mayHoldUnseenChanges() const {
-    return m_wasToldWhileReplacing || !collectionOverrides().isEmpty();
+    return m_holdsUnseenChanges || !collectionOverrides().isEmpty();
 }
 
 void QVLJournalCollection::willReport(const std::vector<QVLJSONDictionary::Entry>& changes) {
@@ -91,7 +91,6 @@ void QVLJournalCollection::willReport(const std::vector<QVLJSONDictionary::Entry
         members.push_back({change.key, isEmptyRecord(change.value) ? QVLJSONValue() : change.value.qvl_JSONObject()});
     }
     m_published->pages.store(m_published->pages.load()->with(members));
-    m_wasToldWhileReplacing = m_wasToldWhileReplacing || (m_isReplacing && delegate());
 }
 
 std::shared_ptr<QVLJournalObject> QVLJournalCollection::nonNullObjectForKey(const std::string& key) {

@@ -58,7 +58,6 @@ private:
 
     QVLRecordClass m_journalClass;
     const std::unique_ptr<Published> m_published;
-    bool m_isReplacing = false;
-    bool m_wasToldWhileReplacing = false;
+    bool m_holdsUnseenChanges = false;
     std::weak_ptr<QVLJournalCollection> m_self;
 };

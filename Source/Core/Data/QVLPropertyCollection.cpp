@@ -224,6 +224,10 @@ std::shared_ptr<const QVLPropertyCollection::Layers> QVLPropertyCollection::laye
 
 void QVLPropertyCollection::processChangedCollectionItems() {
     QVL_ASSERT_MAIN_THREAD(this);
+    report(changesSinceReport());
+}
+
+std::vector<Entry> QVLPropertyCollection::changesSinceReport() const {
     std::vector<Entry> changes;
     forEachKeyOfBoth(collectionWithOverrides(), m_state->snapshot,
                      [&](const QVLJSONString& key, const QVLJSONValue& now, const QVLJSONValue& before) {
@@ -231,7 +235,7 @@ void QVLPropertyCollection::processChangedCollectionItems() {
                              changes.push_back({key, now.copy()});
                          }
                      });
-    report(changes);
+    return changes;
 }
 
 void QVLPropertyCollection::processChangedItemForKey(const QVLJSONString& key) {

@@ -83,10 +83,12 @@ public:
 protected:
     QVLPropertyCollection();
 
-    /// The same for one key alone, for who knows that no other can have changed.
+    /// What a look would report now: copies of the changed values in the order of their keys, nothing for one that went
+    /// away.
+    [[nodiscard]] std::vector<QVLJSONDictionary::Entry> changesSinceReport() const;
+    /// Looks at one key alone, for who knows that no other can have changed.
     void processChangedItemForKey(const QVLJSONString& key);
-    /// Called before the delegate, with copies of the changed values in the order of their keys; nothing for one that
-    /// went away.
+    /// Called before the delegate with what is about to be reported.
     virtual void willReport(const std::vector<QVLJSONDictionary::Entry>& changes);
 
 private:
