@@ -32,10 +32,13 @@ bool comesBefore(const Entry& a, const Entry& b) {
     return a.key < b.key;
 }
 
+bool comesBeforeKey(const Entry& item, std::string_view key) {
+    return item.key.text() < key;
+}
+
 template <class Items>
 auto lowerBound(Items& items, std::string_view key) {
-    return std::lower_bound(items.begin(), items.end(), key,
-                            [](const Entry& item, std::string_view wanted) { return item.key.text() < wanted; });
+    return std::lower_bound(items.begin(), items.end(), key, comesBeforeKey);
 }
 
 /// What was last reported, in the order of the keys. Main thread; changed in place, since most changes are small.
