@@ -85,6 +85,7 @@ std::optional<PromptBar::Prompt> Rules::upgradeOffer() {
                              [this, plan] {
                                  record("upgrade.offerAccepted");
                                  m_notes.plan = plan;
+                                 m_notes.save();
                                  stateChanged();
                              },
                              event("upgrade.offerRefused")};

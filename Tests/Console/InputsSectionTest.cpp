@@ -135,13 +135,16 @@ TEST_F(InputsSectionTest, TheKeyboardWalksThroughTheRowsAndEdits) {
     QTest::keyClick(input("isOffline").clearButton(), Qt::Key_Tab);
     EXPECT_TRUE(input("limits").valueButton()->hasFocus());
     QTest::keyClick(input("limits").valueButton(), Qt::Key_Return);
+    // Return that is held down does not commit what nobody has typed,
+    QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Return, {}, "\r", /*autorep=*/true);
+    QApplication::sendEvent(input("limits").editValueTextField(), &repeated);
+    EXPECT_TRUE(input("limits").isEditing());
     QTest::keyClicks(input("limits").editValueTextField(), "[]");
     QTest::keyClick(input("limits").editValueTextField(), Qt::Key_Return);
     EXPECT_EQ(engine->inputForKey("limits"), QVLJSONValue(QVLJSONArray()));
     EXPECT_FALSE(input("limits").isEditing());
     EXPECT_TRUE(input("limits").valueButton()->hasFocus());
-    // Return that is held down does not begin the next edit.
-    QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Return, {}, "\r", /*autorep=*/true);
+    // and does not begin the next edit.
     QApplication::sendEvent(input("limits").valueButton(), &repeated);
     EXPECT_FALSE(input("limits").isEditing());
     QTest::keyClick(input("limits").valueButton(), Qt::Key_Tab);
@@ -265,6 +268,13 @@ TEST_F(ManyInputsTest, TabWalksOnBelowTheVisibleRows) {
         ASSERT_TRUE(input("key" + std::to_string(number)).valueButton()->hasFocus()) << number;
         EXPECT_FALSE(input("key" + std::to_string(number)).visibleRegion().isEmpty());
     }
+    // And back into the table from below it.
+    inputs().tableView()->verticalScrollBar()->setValue(0);
+    inputs().reloadButton()->setFocus();
+    QTest::keyClick(inputs().reloadButton(), Qt::Key_Backtab, Qt::ShiftModifier);
+    const QWidget* const focused = QApplication::focusWidget();
+    ASSERT_TRUE(inputs().tableView()->viewport()->isAncestorOf(focused));
+    EXPECT_FALSE(focused->visibleRegion().isEmpty());
 }
 
 class BadDataSource final : public QVLDebugDataSource {

@@ -5,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include <QCheckBox>
 #include <QLabel>
 #include <QToolBar>
 #include <QToolButton>
@@ -99,6 +100,7 @@ TEST_F(WindowTest, AClosedConsoleObservesNothingAndShowsWhatChangedWhenItReopens
     const std::size_t timerCount = platform.runLoop->timerCount();
     engine->setInputs({{"plan", "team"}});
     engine->journals()->eventForKey("session")->trigger();
+    engine->setDisableOutputs(true);
     settle();
     turn();
     EXPECT_EQ(inputsManager->askedCount, asked);
@@ -109,6 +111,7 @@ TEST_F(WindowTest, AClosedConsoleObservesNothingAndShowsWhatChangedWhenItReopens
     controller->showWindow();
     EXPECT_EQ(input("plan").valueButton()->text(), "team");
     EXPECT_THAT(keysOf(section<QVLDebugJournalViewController>().dataSource().tableData()), ElementsAre("session"));
+    EXPECT_TRUE(section<QVLDebugOutputsViewController>().disableCheck()->isChecked());
     engine->setInputs({{"plan", "personal"}});
     EXPECT_EQ(input("plan").valueButton()->text(), "personal");
 }

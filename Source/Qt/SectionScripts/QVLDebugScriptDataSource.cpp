@@ -56,6 +56,8 @@ void QVLDebugScriptDataSource::scriptTableCellDidClickUseScript(QVLScriptTableCe
     const QPointer<QVLDebugScriptDataSource> self(this);
     const std::shared_ptr<QVLScriptManager> manager = m_scriptManager;
     const std::shared_ptr<QVLScript> script = cell.script();
+    // Its button goes away or is disabled, and must not hand the focus to another script's.
+    tableView()->setFocus(Qt::OtherFocusReason);
     if (qvl_useScript(*manager, script) && self) {
         reloadData(nullptr);
     }

@@ -189,6 +189,9 @@ void QVLDebugScriptsViewController::updateStatusLabels() {
     m_scriptType->setBackgroundGray(status.isOverride ? kOverrideBadgeGray : kPlainBadgeGray);
     const double textGray = status.isOverride ? kOverrideTextGray : kPlainTextGray;
     qvl_setTextColor(*m_versionLabel, qvl_gray(textGray, QApplication::palette()));
+    if (!status.isOverride && m_clearOverrideButton->hasFocus()) {
+        m_debugButton->setFocus(Qt::OtherFocusReason);
+    }
     m_clearOverrideButton->setVisible(status.isOverride);
 }
 

@@ -2,6 +2,7 @@
 
 #include "QVLDebugAppearance.h"
 
+#include <QApplication>
 #include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QMenu>
@@ -46,6 +47,7 @@ QVLDebugTableView::QVLDebugTableView(std::vector<Column> columns) : m_columns(st
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     verticalHeader()->setMinimumSectionSize(1);
     horizontalHeader()->setStretchLastSection(true);
+    connect(qApp, &QApplication::focusChanged, this, &QVLDebugTableView::focusDidChange);
 }
 
 void QVLDebugTableView::setModel(QAbstractItemModel* model) {
@@ -135,14 +137,14 @@ void QVLDebugTableView::keyPressEvent(QKeyEvent* event) {
     QAbstractScrollArea::keyPressEvent(event);
 }
 
-bool QVLDebugTableView::focusNextPrevChild(bool next) {
-    const bool hasMoved = QTableView::focusNextPrevChild(next);
-    if (const std::optional<int> row = focusedRow()) {
+void QVLDebugTableView::focusDidChange(QWidget* old, QWidget* now) {
+    // A window that comes back brings its focus along, and what is clicked must not move away under the mouse.
+    const bool hasMoved = old && now && viewport()->isAncestorOf(now) && QApplication::mouseButtons() == Qt::NoButton;
+    if (const std::optional<int> row = hasMoved ? focusedRow() : std::nullopt) {
         const int top = *row * rowHeight();
         const int position = std::max(verticalScrollBar()->value(), top + rowHeight() - viewport()->height());
         verticalScrollBar()->setValue(std::min(position, top));
     }
-    return hasMoved;
 }
 
 std::pair<int, int> QVLDebugTableView::visibleRows() const {
@@ -233,6 +235,10 @@ void QVLDebugTableView::removeRowViews() {
 void QVLDebugTableView::remove(const RowViews& views) {
     for (const auto& [row, gone] : views) {
         if (gone.view) {
+            // Hiding would hand the focus on to whatever row comes next.
+            if (gone.view->isAncestorOf(window()->focusWidget())) {
+                setFocus(Qt::OtherFocusReason);
+            }
             // One of them may be what is being told of an edit right now.
             gone.view->hide();
             qvl_deleteLater(*gone.view);

@@ -85,7 +85,6 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
     /// Scrolls; there is no current row to move.
     void keyPressEvent(QKeyEvent* event) override;
-    bool focusNextPrevChild(bool next) override;
     void showEvent(QShowEvent* event) override;
 
 private:
@@ -105,7 +104,9 @@ private:
     [[nodiscard]] std::optional<int> rowOfIdentifier(const std::string& identifier) const;
     [[nodiscard]] static RowView taken(RowViews& views, const std::string& identifier);
     void updateTabOrder();
-    static void remove(const RowViews& views);
+    void remove(const RowViews& views);
+    /// Scrolls to the row that the keyboard has moved to.
+    void focusDidChange(QWidget* old, QWidget* now);
 
     const std::vector<Column> m_columns;
     QVLDebugTableViewDelegate* m_delegate = nullptr;

@@ -236,6 +236,11 @@ bool QVLDebugValueView::filterKey(const QKeyEvent& event) {
     if (event.matches(QKeySequence::Cancel)) {
         return control(m_editValueTextField, QKeySequence::Cancel);
     }
+    // A key that is held down since it opened the editor commits nothing.
+    const bool isReturn = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;
+    if (isReturn && event.isAutoRepeat()) {
+        return true;
+    }
     // The field has no use for these, and would pass them on to the table, which scrolls.
     return event.key() == Qt::Key_Up || event.key() == Qt::Key_Down || event.key() == Qt::Key_PageUp ||
            event.key() == Qt::Key_PageDown;

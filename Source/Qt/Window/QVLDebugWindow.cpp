@@ -38,6 +38,10 @@ QVLDebugWindow::QVLDebugWindow() {
 }
 
 QVLDebugWindow::~QVLDebugWindow() {
+    // One that goes while it is open is not told that it is hidden.
+    if (isVisible() && size() != m_sizeWhenOpened) {
+        saveSize();
+    }
     // The views are their sections'.
     detachCurrentView();
 }

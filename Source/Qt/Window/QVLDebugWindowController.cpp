@@ -33,6 +33,7 @@ QMainWindow* QVLDebugWindowController::window() const {
 }
 
 void QVLDebugWindowController::showWindow() {
+    m_window->setWindowState(m_window->windowState() & ~Qt::WindowMinimized);
     m_window->show();
     m_window->raise();
     m_window->activateWindow();

@@ -18,7 +18,7 @@ class QVLQuorvel;
 /// default GLib main context.
 ///
 /// Main thread. Holds the engine and the manager strongly; when it is destroyed, nothing of the console is left: no
-/// window, no observer, no timer. While the window is closed nothing is observed either, and no timer runs; shown again,
+/// window, no observer, no timer. Once the window was closed nothing is observed either, and no timer runs; shown again,
 /// it loads what changed meanwhile. On disk: the size that the window was given, in the user defaults.
 class QVL_EXPORT QVLDebugWindowController final {
 public:
