@@ -23,8 +23,7 @@ std::vector<std::string> unionOf(const std::vector<std::string>& a, const std::v
 std::shared_ptr<QVLQuorvel> QVLQuorvel::initWithDirectory(const std::string& directory,
                                                           const std::shared_ptr<QVLScriptManager>& scriptManager,
                                                           const std::shared_ptr<QVLABTestManager>& abtestManager) {
-    const std::shared_ptr<QVLQuorvel> engine(new QVLQuorvel(directory, scriptManager, abtestManager),
-                                             destroyOnMainThread);
+    std::shared_ptr<QVLQuorvel> engine(new QVLQuorvel(directory, scriptManager, abtestManager), destroyOnMainThread);
     engine->setUp();
     return engine;
 }

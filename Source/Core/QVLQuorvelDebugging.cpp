@@ -46,7 +46,7 @@ std::optional<std::string> QVLQuorvel::generateDebugHTML() const {
     page = replacingAll(page, kInputsPlaceholder, gatherInputsJSONHasAny());
     page = replacingAll(page, kJournalsPlaceholder, gatherJournalsJSON());
 
-    const std::optional<std::string> path = debugHTMLPath();
+    std::optional<std::string> path = debugHTMLPath();
     const QVLOutcome written = path ? m_platform->fileManager->writeAtomically(page, *path)
                                     : QVLOutcome::failure("There is no environment directory.");
     if (!written) {

@@ -211,7 +211,7 @@ std::optional<std::string> QVLQuorvelEnvironment::debugKeyFilePath() const {
 }
 
 std::optional<std::string> QVLQuorvelEnvironment::nightlyScriptDirectoryPath() const {
-    const std::optional<std::string> path = pathInEnvironmentDirectory(kNightlyScriptsDirectoryName);
+    std::optional<std::string> path = pathInEnvironmentDirectory(kNightlyScriptsDirectoryName);
     const std::shared_ptr<QVLFileManager> fileManager = QVLPlatform::current()->fileManager;
     if (!path || fileManager->itemExistsAtPath(*path)) {
         return path;

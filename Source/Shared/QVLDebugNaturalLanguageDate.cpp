@@ -207,7 +207,7 @@ std::optional<QDateTime> day(const QString& text, const Context& context) {
         return context.now.addDays(text == "tomorrow" ? 1 : -1);
     }
     for (const auto read : {distance, namedDay, calendarDay}) {
-        if (const std::optional<QDateTime> found = read(text, context)) {
+        if (std::optional<QDateTime> found = read(text, context)) {
             return found;
         }
     }
@@ -231,7 +231,7 @@ std::optional<QDateTime> dayAndTime(const QString& text, const Context& context)
 }
 
 std::optional<QDateTime> dateTime(const QString& text, const Context& context) {
-    if (const std::optional<QDateTime> found = day(text, context)) {
+    if (std::optional<QDateTime> found = day(text, context)) {
         return found;
     }
     static const QRegularExpression kDayTTime("(\\d)[tT](\\d)");

@@ -14,7 +14,7 @@ std::string QVLABTestManager::directoryPath() const {
         return {};
     }
     const auto self = shared_from_this();
-    const std::string path = m_account->accountDirectory() + "/" + kQVLABTestDirectory;
+    std::string path = m_account->accountDirectory() + "/" + kQVLABTestDirectory;
     QVLFileManager& fileManager = *m_platform->fileManager;
     const QVLFileManager::ItemKind kind = fileManager.itemKindAtPath(path);
     if (kind == QVLFileManager::ItemKind::Directory) {

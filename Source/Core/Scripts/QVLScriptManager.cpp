@@ -177,7 +177,7 @@ std::shared_ptr<QVLScript> QVLScriptManager::chosenScript() const {
     if (canBecomeCurrentScript(m_bundledScript)) {
         return m_bundledScript;
     }
-    const std::shared_ptr<QVLScript> nightly =
+    std::shared_ptr<QVLScript> nightly =
         m_nightlyScripts && !m_nightlyScripts->empty() ? m_nightlyScripts->front() : nullptr;
     if (canBecomeCurrentScript(nightly) && shouldIncludeNightlyScripts()) {
         return nightly;

@@ -166,9 +166,10 @@ std::optional<std::vector<std::string>> QVLScriptManager::cachedScriptPaths() co
         QVL_LOG_ERROR(this, "Could not get contents of nightly script path: %@", names.error);
         return std::nullopt;
     }
+    const std::string prefix = directory + "/";
     std::vector<std::string> paths;
     for (const std::string& name : *names) {
-        paths.push_back(directory + "/" + name);
+        paths.push_back(prefix + name);
     }
     std::erase(paths, cachedNightlyFeedPath().value_or(""));
     return paths;

@@ -5,7 +5,7 @@
 namespace {
 
 std::string lastLoadingError() {
-    const char* const reason = dlerror();
+    const char* const reason = dlerror(); // NOLINT(concurrency-mt-unsafe): glibc keeps it for each thread
     return std::string("libcurl could not be loaded: ") + (reason ? reason : "no reason given");
 }
 

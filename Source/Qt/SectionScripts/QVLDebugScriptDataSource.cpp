@@ -55,7 +55,7 @@ void QVLDebugScriptDataSource::scriptTableCellDidClickUseScript(QVLScriptTableCe
     // Whoever learns of the choice may drop the console.
     const QPointer<QVLDebugScriptDataSource> self(this);
     const std::shared_ptr<QVLScriptManager> manager = m_scriptManager;
-    const std::shared_ptr<QVLScript> script = cell.script();
+    const std::shared_ptr<QVLScript> script = cell.script(); // NOLINT(performance-unnecessary-copy-initialization)
     // Its button goes away or is disabled, and must not hand the focus to another script's.
     tableView()->setFocus(Qt::OtherFocusReason);
     if (qvl_useScript(*manager, script) && self) {

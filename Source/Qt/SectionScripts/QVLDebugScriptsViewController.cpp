@@ -50,7 +50,7 @@ QHBoxLayout* addRow(QVBoxLayout& layout, int side) {
 
 std::shared_ptr<QVLDebugScriptsViewController>
 QVLDebugScriptsViewController::initWithQuorvel(const std::shared_ptr<QVLQuorvel>& quorvel) {
-    const std::shared_ptr<QVLDebugScriptsViewController> section(new QVLDebugScriptsViewController(quorvel));
+    std::shared_ptr<QVLDebugScriptsViewController> section(new QVLDebugScriptsViewController(quorvel));
     section->startObserving();
     return section;
 }

@@ -50,7 +50,7 @@ void QVLDebugDataView::setDataValue(const QVLDebugValue& dataValue, QVLDebugValu
 void QVLDebugDataView::debugValueViewOverrideValueDidChange(QVLDebugValueView& view) {
     // The handler may bring about that this view is replaced.
     const OverrideHandler handler = m_overrideHandler;
-    const QVLDebugValue overrideValue = view.overrideValue();
+    const QVLDebugValue overrideValue = view.overrideValue(); // NOLINT(performance-unnecessary-copy-initialization)
     if (handler) {
         handler(overrideValue);
     }

@@ -29,6 +29,7 @@ QVLDebugTableView::Column columnFrom(const QVLJSONDictionary& info) {
 QVLDebugTableView* QVLDebugTableView::tableViewWithFrame(const QRect& frame,
                                                          const std::vector<QVLJSONDictionary>& columnInfo) {
     std::vector<Column> columns;
+    columns.reserve(columnInfo.size());
     for (const QVLJSONDictionary& info : columnInfo) {
         columns.push_back(columnFrom(info));
     }
@@ -134,7 +135,7 @@ void QVLDebugTableView::contextMenuEvent(QContextMenuEvent* event) {
 }
 
 void QVLDebugTableView::keyPressEvent(QKeyEvent* event) {
-    QAbstractScrollArea::keyPressEvent(event);
+    QAbstractScrollArea::keyPressEvent(event); // NOLINT(bugprone-parent-virtual-call)
 }
 
 void QVLDebugTableView::focusDidChange(QWidget* old, QWidget* now) {
