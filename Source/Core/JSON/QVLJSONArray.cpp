@@ -41,18 +41,12 @@ QVLJSONValue JSONObjectOfElement(const QVLJSONValue& element) {
 QVLJSONArray::Node::Node(std::vector<QVLJSONValue> values)
     : values(std::move(values)), depth(depthAround(this->values)) {}
 
-QVLJSONArray::QVLJSONArray() noexcept = default;
 QVLJSONArray::QVLJSONArray(std::initializer_list<QVLJSONValue> values)
     : QVLJSONArray(std::vector<QVLJSONValue>(values)) {}
 QVLJSONArray::QVLJSONArray(std::vector<QVLJSONValue> values)
     : m_node(values.empty() ? QVLJSONNodePointer<Node>()
                             : QVLJSONNodePointer<Node>::adopt(new Node(withoutGaps(std::move(values))))) {}
 QVLJSONArray::QVLJSONArray(QVLJSONNodePointer<Node> node) noexcept : m_node(std::move(node)) {}
-QVLJSONArray::QVLJSONArray(const QVLJSONArray&) noexcept = default;
-QVLJSONArray::QVLJSONArray(QVLJSONArray&&) noexcept = default;
-QVLJSONArray& QVLJSONArray::operator=(const QVLJSONArray&) noexcept = default;
-QVLJSONArray& QVLJSONArray::operator=(QVLJSONArray&&) noexcept = default;
-QVLJSONArray::~QVLJSONArray() = default;
 
 QVLJSONArray QVLJSONArray::fromStrings(const std::vector<std::string>& texts) {
     return QVLJSONArray(std::vector<QVLJSONValue>(texts.begin(), texts.end()));

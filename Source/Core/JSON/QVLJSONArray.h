@@ -14,15 +14,10 @@ public:
     using const_iterator = const QVLJSONValue*;
 
     /// Empty.
-    QVLJSONArray() noexcept;
+    QVLJSONArray() noexcept = default;
     /// An element that is nothing becomes null, since an array has no gaps.
     QVLJSONArray(std::initializer_list<QVLJSONValue> values);
     explicit QVLJSONArray(std::vector<QVLJSONValue> values);
-    QVLJSONArray(const QVLJSONArray&) noexcept;
-    QVLJSONArray(QVLJSONArray&&) noexcept;
-    QVLJSONArray& operator=(const QVLJSONArray&) noexcept;
-    QVLJSONArray& operator=(QVLJSONArray&&) noexcept;
-    ~QVLJSONArray();
 
     [[nodiscard]] static QVLJSONArray fromStrings(const std::vector<std::string>& texts);
 
@@ -40,9 +35,7 @@ public:
     [[nodiscard]] const_iterator end() const noexcept;
 
     [[nodiscard]] QVLJSONValue qvl_JSONObject() const;
-    [[nodiscard]] bool isIdentical(const QVLJSONArray& other) const noexcept {
-        return m_node.get() == other.m_node.get();
-    }
+    [[nodiscard]] bool isIdentical(const QVLJSONArray& other) const noexcept { return m_node == other.m_node; }
     [[nodiscard]] std::size_t depth() const noexcept;
 
     friend bool operator==(const QVLJSONArray& a, const QVLJSONArray& b) { return a.isEqual(b); }

@@ -31,6 +31,10 @@ bool hasSameKey(const Entry& a, const Entry& b) {
     return a.key == b.key;
 }
 
+bool isOutOfOrder(const Entry& a, const Entry& b) {
+    return !comesBefore(a, b);
+}
+
 /// Keeps the order of equal keys. Small ones, as most are, are sorted without the memory that the library's sort takes.
 void sortByKey(std::vector<Entry>& entries) {
     constexpr std::size_t kSmall = 24;
@@ -45,9 +49,10 @@ void sortByKey(std::vector<Entry>& entries) {
 
 std::vector<Entry> sortedAndUnique(std::vector<Entry> entries) {
     std::erase_if(entries, [](const Entry& entry) { return entry.value.isNothing(); });
-    if (!std::is_sorted(entries.begin(), entries.end(), comesBefore)) {
-        sortByKey(entries);
+    if (std::adjacent_find(entries.begin(), entries.end(), isOutOfOrder) == entries.end()) {
+        return entries;
     }
+    sortByKey(entries);
     // Of equal keys the sort left the one given first in front, and that one stays.
     entries.erase(std::unique(entries.begin(), entries.end(), hasSameKey), entries.end());
     return entries;
@@ -58,17 +63,11 @@ std::vector<Entry> sortedAndUnique(std::vector<Entry> entries) {
 QVLJSONDictionary::Node::Node(std::vector<Entry> entries, std::string compactText)
     : entries(std::move(entries)), depth(depthAround(this->entries)), compactText(std::move(compactText)) {}
 
-QVLJSONDictionary::QVLJSONDictionary() noexcept = default;
 QVLJSONDictionary::QVLJSONDictionary(std::initializer_list<Entry> entries)
     : QVLJSONDictionary(std::vector<Entry>(entries)) {}
 QVLJSONDictionary::QVLJSONDictionary(std::vector<Entry> entries)
     : QVLJSONDictionary(fromSorted(sortedAndUnique(std::move(entries)))) {}
 QVLJSONDictionary::QVLJSONDictionary(QVLJSONNodePointer<Node> node) noexcept : m_node(std::move(node)) {}
-QVLJSONDictionary::QVLJSONDictionary(const QVLJSONDictionary&) noexcept = default;
-QVLJSONDictionary::QVLJSONDictionary(QVLJSONDictionary&&) noexcept = default;
-QVLJSONDictionary& QVLJSONDictionary::operator=(const QVLJSONDictionary&) noexcept = default;
-QVLJSONDictionary& QVLJSONDictionary::operator=(QVLJSONDictionary&&) noexcept = default;
-QVLJSONDictionary::~QVLJSONDictionary() = default;
 
 QVLJSONDictionary QVLJSONDictionary::fromSorted(std::vector<Entry> entries) {
     if (entries.empty()) {

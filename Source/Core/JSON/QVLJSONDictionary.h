@@ -20,15 +20,10 @@ public:
     using const_iterator = const Entry*;
 
     /// Empty.
-    QVLJSONDictionary() noexcept;
+    QVLJSONDictionary() noexcept = default;
     /// Of entries with the same key the first one counts.
     QVLJSONDictionary(std::initializer_list<Entry> entries);
     explicit QVLJSONDictionary(std::vector<Entry> entries);
-    QVLJSONDictionary(const QVLJSONDictionary&) noexcept;
-    QVLJSONDictionary(QVLJSONDictionary&&) noexcept;
-    QVLJSONDictionary& operator=(const QVLJSONDictionary&) noexcept;
-    QVLJSONDictionary& operator=(QVLJSONDictionary&&) noexcept;
-    ~QVLJSONDictionary();
 
     /// The members of both; where both have a key, `over` wins.
     [[nodiscard]] static QVLJSONDictionary merged(const QVLJSONDictionary& under, const QVLJSONDictionary& over);
@@ -61,9 +56,7 @@ public:
 
     [[nodiscard]] QVLJSONValue qvl_JSONObject() const;
     /// True when both are one and the same dictionary, which makes comparing unnecessary.
-    [[nodiscard]] bool isIdentical(const QVLJSONDictionary& other) const noexcept {
-        return m_node.get() == other.m_node.get();
-    }
+    [[nodiscard]] bool isIdentical(const QVLJSONDictionary& other) const noexcept { return m_node == other.m_node; }
     [[nodiscard]] std::string description() const { return QVLJSONValue(*this).description(); }
     [[nodiscard]] std::size_t depth() const noexcept;
 

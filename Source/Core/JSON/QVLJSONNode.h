@@ -31,7 +31,8 @@ private:
     mutable std::atomic<std::uint32_t> m_references{1};
 };
 
-/// Owning pointer to a node; empty by default. A copy shares.
+/// Owning pointer to a node; empty by default. A copy shares. Where the node's type is only declared, the pointer can
+/// be copied, moved, compared and dropped all the same.
 template <class Node>
 class QVLJSONNodePointer {
 public:
@@ -66,12 +67,14 @@ public:
         return adopt(node);
     }
 
-    [[nodiscard]] const Node* get() const noexcept { return m_node; }
     /// Hands the count to the caller.
-    [[nodiscard]] const Node* take() noexcept { return std::exchange(m_node, nullptr); }
-    const Node* operator->() const noexcept { return m_node; }
+    [[nodiscard]] const QVLJSONNode* take() noexcept { return std::exchange(m_node, nullptr); }
+    const Node* operator->() const noexcept { return static_cast<const Node*>(m_node); }
     explicit operator bool() const noexcept { return m_node != nullptr; }
+    friend bool operator==(const QVLJSONNodePointer& a, const QVLJSONNodePointer& b) noexcept {
+        return a.m_node == b.m_node;
+    }
 
 private:
-    const Node* m_node = nullptr;
+    const QVLJSONNode* m_node = nullptr;
 };

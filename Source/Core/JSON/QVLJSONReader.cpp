@@ -16,6 +16,7 @@
 #include <functional>
 #include <optional>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -82,6 +83,13 @@ private:
 /// Builds values bottom up. Open containers are stacked; a finished one becomes a value of the one around it.
 class ValueBuilder : public json::BaseReaderHandler<json::UTF8<>, ValueBuilder> {
 public:
+    explicit ValueBuilder(std::string_view data) : m_mayBeUnacceptable(mayHoldUnacceptableText(data)) {
+        // Room for the values of a usual text: a growing vector moves them again and again.
+        constexpr std::size_t kBytesOfValue = 16;
+        m_values.reserve(data.size() / kBytesOfValue);
+        m_keys.reserve(data.size() / kBytesOfValue);
+    }
+
     bool Null() { return add(nullptr); }
     bool Bool(bool value) { return add(value); }
     bool RawNumber(const char* text, json::SizeType length, bool) {
@@ -99,7 +107,9 @@ public:
         if (!isAcceptable({text, length})) {
             return false;
         }
-        m_keys.push_back(m_keyTable.keyFor({text, length}));
+        // The outermost keys are all different.
+        m_keys.push_back(m_level > 1 ? m_keyTable.keyFor({text, length})
+                                     : QVLJSONString(std::string_view(text, length)));
         return true;
     }
     bool StartObject() { return open(); }
@@ -132,8 +142,9 @@ public:
     [[nodiscard]] const std::string& refusal() const { return m_refusal; }
 
 private:
-    bool add(QVLJSONValue value) {
-        m_values.push_back(std::move(value));
+    template <class Content>
+    bool add(Content&& content) {
+        m_values.emplace_back(std::forward<Content>(content));
         return true;
     }
     bool open() {
@@ -145,13 +156,18 @@ private:
     }
     /// The parser's own test misses lone low surrogates, so each decoded text is looked at here.
     bool isAcceptable(std::string_view text) {
-        if (qvl::isValidUTF8(text)) {
+        if (!m_mayBeUnacceptable || qvl::isValidUTF8(text)) {
             return true;
         }
         m_refusal = "Invalid Unicode in string.";
         return false;
     }
 
+    static bool mayHoldUnacceptableText(std::string_view data) {
+        return qvl::asciiPrefixLength(data) < data.size() || data.find("\\u") != std::string_view::npos;
+    }
+
+    const bool m_mayBeUnacceptable;
     std::vector<QVLJSONValue> m_values;
     std::vector<QVLJSONString> m_keys;
     KeyTable m_keyTable;
@@ -165,7 +181,7 @@ QVLJSONReadResult QVLReadJSON(std::string_view data) {
     const std::size_t skipped = data.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
     json::MemoryStream stream(data.data() + skipped, data.size() - skipped);
     json::Reader reader;
-    ValueBuilder builder;
+    ValueBuilder builder(data);
     const json::ParseResult result = reader.Parse<kParseFlags>(stream, builder);
     if (!result) {
         const std::string reason =

@@ -14,17 +14,11 @@ const std::string& emptyText() {
 
 QVLJSONNode::~QVLJSONNode() = default;
 
-QVLJSONString::QVLJSONString() noexcept = default;
 QVLJSONString::QVLJSONString(std::string text)
     : m_node(text.empty() ? QVLJSONNodePointer<Node>() : QVLJSONNodePointer<Node>::adopt(new Node(std::move(text)))) {}
 QVLJSONString::QVLJSONString(std::string_view text) : QVLJSONString(std::string(text)) {}
 QVLJSONString::QVLJSONString(const char* text) : QVLJSONString(std::string(text ? text : "")) {}
 QVLJSONString::QVLJSONString(QVLJSONNodePointer<Node> node) noexcept : m_node(std::move(node)) {}
-QVLJSONString::QVLJSONString(const QVLJSONString&) noexcept = default;
-QVLJSONString::QVLJSONString(QVLJSONString&&) noexcept = default;
-QVLJSONString& QVLJSONString::operator=(const QVLJSONString&) noexcept = default;
-QVLJSONString& QVLJSONString::operator=(QVLJSONString&&) noexcept = default;
-QVLJSONString::~QVLJSONString() = default;
 
 const std::string& QVLJSONString::text() const noexcept {
     return m_node ? m_node->text : emptyText();

@@ -15,24 +15,17 @@ public:
     class Node;
 
     /// The empty text.
-    QVLJSONString() noexcept;
+    QVLJSONString() noexcept = default;
     QVLJSONString(std::string text);      // NOLINT(google-explicit-constructor): a text is a JSON text
     QVLJSONString(std::string_view text); // NOLINT(google-explicit-constructor)
     QVLJSONString(const char* text);      // NOLINT(google-explicit-constructor): nullptr is the empty text
-    QVLJSONString(const QVLJSONString&) noexcept;
-    QVLJSONString(QVLJSONString&&) noexcept;
-    QVLJSONString& operator=(const QVLJSONString&) noexcept;
-    QVLJSONString& operator=(QVLJSONString&&) noexcept;
-    ~QVLJSONString();
 
     /// Valid for as long as any copy of this text lives.
     [[nodiscard]] const std::string& text() const noexcept;
     operator std::string_view() const noexcept { return text(); } // NOLINT(google-explicit-constructor)
 
     /// True when both share one content, which makes comparing unnecessary.
-    [[nodiscard]] bool isIdentical(const QVLJSONString& other) const noexcept {
-        return m_node.get() == other.m_node.get();
-    }
+    [[nodiscard]] bool isIdentical(const QVLJSONString& other) const noexcept { return m_node == other.m_node; }
 
     friend bool operator==(const QVLJSONString& a, const QVLJSONString& b) noexcept {
         return a.isIdentical(b) || a.text() == b.text();

@@ -3,13 +3,18 @@
 #include "QVLJSONSerializable.h"
 #include "QVLUTF8.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <utility>
 
 namespace {
 
 constexpr std::size_t kIndent = 2;
+constexpr std::size_t kSmallestRoom = 256;
 
 /// What follows the backslash, 'u' for a control character without a short form, or 0 for a byte that stands for
 /// itself.
@@ -32,6 +37,43 @@ constexpr std::array<char, 256> makeEscapes() {
 constexpr std::array<char, 256> kEscapes = makeEscapes();
 constexpr std::string_view kHexadecimal = "0123456789abcdef";
 
+constexpr std::uint64_t everyByte(unsigned char byte) {
+    return 0x0101010101010101U * byte;
+}
+
+/// The high bit of each byte that is zero; above such a byte others may be set too.
+constexpr std::uint64_t zeroBytes(std::uint64_t bytes) {
+    return (bytes - everyByte(1)) & ~bytes & everyByte(0x80);
+}
+
+constexpr bool isPlain(std::uint64_t bytes) {
+    const std::uint64_t controls = (bytes - everyByte(0x20)) & ~bytes & everyByte(0x80);
+    const std::uint64_t escaped =
+        zeroBytes(bytes ^ everyByte('"')) | zeroBytes(bytes ^ everyByte('\\')) | zeroBytes(bytes ^ everyByte('/'));
+    return ((bytes & everyByte(0x80)) | controls | escaped) == 0;
+}
+
+std::uint64_t eightBytes(const char* start) {
+    std::uint64_t bytes = 0;
+    std::memcpy(&bytes, start, sizeof bytes);
+    return bytes;
+}
+
+/// Whether every byte is ASCII and stands for itself, as in nearly all texts. Looks at eight bytes at once.
+bool isPlain(std::string_view text) {
+    constexpr std::size_t kStep = sizeof(std::uint64_t);
+    if (text.size() < kStep) {
+        return std::all_of(text.begin(), text.end(), [](unsigned char byte) { return byte < 0x80 && !kEscapes[byte]; });
+    }
+    for (std::size_t position = 0; position + kStep <= text.size(); position += kStep) {
+        if (!isPlain(eightBytes(text.data() + position))) {
+            return false;
+        }
+    }
+    // What is left, together with some of what was looked at.
+    return isPlain(eightBytes(text.data() + text.size() - kStep));
+}
+
 } // namespace
 
 std::string QVLJSONWriter::describe(const QVLJSONValue& value) {
@@ -43,7 +85,7 @@ std::string QVLJSONWriter::describe(const QVLJSONValue& value) {
 void QVLJSONWriter::write(const QVLJSONValue& value) {
     switch (value.kind()) {
     case QVLJSONValue::Kind::Null:
-        m_text += "null";
+        append("null");
         return;
     case QVLJSONValue::Kind::Number:
         writeNumber(value);
@@ -58,11 +100,11 @@ void QVLJSONWriter::write(const QVLJSONValue& value) {
         writeDictionary(value.dictionaryOrEmpty());
         return;
     case QVLJSONValue::Kind::Nothing:
-        m_text += "(null)";
+        append("(null)");
         fail("a missing value");
         return;
     case QVLJSONValue::Kind::Record:
-        m_text += value.recordValue()->description();
+        append(value.recordValue()->description());
         fail("a value that is not JSON");
         return;
     }
@@ -70,15 +112,15 @@ void QVLJSONWriter::write(const QVLJSONValue& value) {
 
 void QVLJSONWriter::writeArray(const QVLJSONArray& array) {
     if (array.isEmpty()) {
-        m_text += "[]";
+        append("[]");
         return;
     }
-    m_text += '[';
+    append('[');
     ++m_level;
     bool isFirst = true;
     for (const QVLJSONValue& element : array) {
         if (!isFirst) {
-            m_text += ',';
+            append(',');
         }
         isFirst = false;
         writeLineBreak();
@@ -86,39 +128,40 @@ void QVLJSONWriter::writeArray(const QVLJSONArray& array) {
     }
     --m_level;
     writeLineBreak();
-    m_text += ']';
+    append(']');
 }
 
 void QVLJSONWriter::writeDictionary(const QVLJSONDictionary& dictionary) {
     if (dictionary.isEmpty()) {
-        m_text += "{}";
+        append("{}");
         return;
     }
     if (const std::string& compact = dictionary.compactText(); !m_isPretty && !compact.empty()) {
-        m_text += compact;
+        append(compact);
         return;
     }
-    m_text += '{';
+    append('{');
+    reserveForEntries(dictionary.count());
     ++m_level;
     bool isFirst = true;
     for (const QVLJSONDictionary::Entry& entry : dictionary) {
         if (!isFirst) {
-            m_text += ',';
+            append(',');
         }
         isFirst = false;
         writeLineBreak();
         writeString(entry.key);
-        m_text += m_isPretty ? " : " : ":";
+        append(m_isPretty ? " : " : ":");
         write(entry.value);
     }
     --m_level;
     writeLineBreak();
-    m_text += '}';
+    append('}');
 }
 
 void QVLJSONWriter::writeNumber(const QVLJSONValue& number) {
     if (number.isBoolean()) {
-        m_text += number.qvl_castToBoolValue() ? "true" : "false";
+        append(number.qvl_castToBoolValue() ? "true" : "false");
     } else if (!number.isInteger()) {
         writeDouble(number.doubleValue());
     } else if (number.doubleValue() < 0) {
@@ -133,22 +176,27 @@ void QVLJSONWriter::writeDouble(double number) {
         appendDigits(number);
         return;
     }
-    m_text += std::isnan(number) ? "nan" : number < 0 ? "-inf" : "inf";
+    append(std::isnan(number) ? "nan" : number < 0 ? "-inf" : "inf");
     fail("a number that is not finite");
 }
 
-template <class Number>
-void QVLJSONWriter::appendDigits(Number number) {
-    std::array<char, 32> digits; // NOLINT(cppcoreguidelines-pro-type-member-init): filled at once
-    const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), number);
-    m_text.append(digits.data(), end);
+void QVLJSONWriter::writeString(std::string_view text) {
+    if (!isPlain(text)) {
+        writeEscaped(text);
+        return;
+    }
+    char* const start = room(text.size() + 2);
+    start[0] = '"';
+    text.copy(start + 1, text.size());
+    start[text.size() + 1] = '"';
+    m_length += text.size() + 2;
 }
 
-void QVLJSONWriter::writeString(std::string_view text) {
+void QVLJSONWriter::writeEscaped(std::string_view text) {
     if (!qvl::isValidUTF8(text)) {
         fail("a text that is not UTF-8");
     }
-    m_text += '"';
+    append('"');
     std::size_t plainStart = 0;
     for (std::size_t position = 0; position < text.size(); ++position) {
         const auto byte = static_cast<unsigned char>(text[position]);
@@ -156,24 +204,26 @@ void QVLJSONWriter::writeString(std::string_view text) {
         if (!escape) {
             continue;
         }
-        m_text.append(text, plainStart, position - plainStart);
+        append(text.substr(plainStart, position - plainStart));
         plainStart = position + 1;
-        m_text += '\\';
-        m_text += escape;
+        append('\\');
+        append(escape);
         if (escape == 'u') {
-            m_text += "00";
-            m_text += kHexadecimal[byte >> 4];
-            m_text += kHexadecimal[byte & 0xF];
+            append("00");
+            append(kHexadecimal[byte >> 4]);
+            append(kHexadecimal[byte & 0xF]);
         }
     }
-    m_text.append(text, plainStart);
-    m_text += '"';
+    append(text.substr(plainStart));
+    append('"');
 }
 
 void QVLJSONWriter::writeLineBreak() {
     if (m_isPretty) {
-        m_text += '\n';
-        m_text.append(m_level * kIndent, ' ');
+        append('\n');
+        const std::size_t indent = m_level * kIndent;
+        std::fill_n(room(indent), indent, ' ');
+        m_length += indent;
     }
 }
 
@@ -181,4 +231,35 @@ void QVLJSONWriter::fail(const char* reason) {
     if (m_error.empty()) {
         m_error = reason;
     }
+}
+
+std::string QVLJSONWriter::takeText() {
+    m_text.resize(std::exchange(m_length, 0));
+    return std::move(m_text);
+}
+
+void QVLJSONWriter::reserveForEntries(std::size_t count) {
+    constexpr std::size_t kBytesOfEntry = 24;
+    if (m_level == 0) {
+        static_cast<void>(room(count * kBytesOfEntry));
+    }
+}
+
+char* QVLJSONWriter::room(std::size_t count) {
+    if (m_text.size() - m_length < count) {
+        m_text.resize(std::max({kSmallestRoom, m_text.size() * 2, m_length + count}));
+    }
+    return m_text.data() + m_length;
+}
+
+void QVLJSONWriter::append(std::string_view bytes) {
+    bytes.copy(room(bytes.size()), bytes.size());
+    m_length += bytes.size();
+}
+
+template <class Number>
+void QVLJSONWriter::appendDigits(Number number) {
+    constexpr std::size_t kMostDigits = 32;
+    char* const start = room(kMostDigits);
+    m_length += static_cast<std::size_t>(std::to_chars(start, start + kMostDigits, number).ptr - start);
 }
