@@ -166,6 +166,8 @@ QVLJSONDictionary QVLJSONDictionary::withCompactText() const {
     if (!written) {
         return *this;
     }
+    // The writer leaves room that a text that is kept has no use for.
+    written.text.shrink_to_fit();
     return QVLJSONDictionary(QVLJSONNodePointer<Node>::adopt(new Node(m_node->entries, std::move(written.text))));
 }
 

@@ -165,6 +165,26 @@ TEST(JSONText, EveryFiniteDoubleReadsBackAsItself) {
     }
 }
 
+// The writer looks at several bytes at once; none may escape it, wherever it stands.
+TEST(JSONText, TheWriterSeesEveryByteAtEveryPlace) {
+    for (unsigned byte = 0; byte < 0x100; ++byte) {
+        const bool isEscaped = byte < 0x20 || byte == '"' || byte == '\\' || byte == '/';
+        for (std::size_t length = 1; length <= 18; ++length) {
+            for (std::size_t place = 0; place < length; ++place) {
+                // ~ and 0x7F come last among the bytes that stand for themselves.
+                std::string text(length, length % 2 == 0 ? '~' : '\x7F');
+                text[place] = static_cast<char>(byte);
+                const QVLJSONWriteResult result = QVLJSONSerialization::dataWithFragment(text);
+                ASSERT_EQ(static_cast<bool>(result), byte < 0x80) << byte << " at " << place << " of " << length;
+                if (byte < 0x80) {
+                    ASSERT_EQ(result.text == '"' + text + '"', !isEscaped) << result.text;
+                    ASSERT_EQ(read(result.text).value, QVLJSONValue(text)) << result.text;
+                }
+            }
+        }
+    }
+}
+
 TEST(JSONText, TheWriterEscapesAndKeepsBooleansAndCutsFractionsOfWholeNumbers) {
     const QVLJSONArray values{true,
                               1,
