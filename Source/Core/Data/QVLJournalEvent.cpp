@@ -16,7 +16,7 @@ std::shared_ptr<QVLJournalEvent> QVLJournalEvent::initWithQVLJSONObject(const QV
     event->m_firstTime = qvl::dateFromMember(members, kQVLJournalEventFirstTime);
     event->m_lastTime = qvl::dateFromMember(members, kQVLJournalEventLastTime);
     event->m_count = members.valueForKey(kQVLJournalEventCount).unsignedValue();
-    event->keepJSONObject();
+    event->keepJSONObject(members);
     return event;
 }
 

@@ -15,7 +15,7 @@ std::shared_ptr<QVLJournalFlag> QVLJournalFlag::initWithQVLJSONObject(const QVLJ
     const QVLJSONDictionary members = JSONObject.dictionaryOrEmpty();
     flag->m_flag = members.valueForKey(kQVLJournalFlagFlag).qvl_castToBoolValue();
     flag->m_lastTime = qvl::dateFromMember(members, kQVLJournalFlagLastTime);
-    flag->keepJSONObject();
+    flag->keepJSONObject(members);
     return flag;
 }
 

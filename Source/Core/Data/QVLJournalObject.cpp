@@ -5,6 +5,20 @@
 #include "QVLJournalCollection.h"
 #include "QVLLogMacros.h"
 
+#include <algorithm>
+
+namespace {
+
+/// Stricter than being equal: 1, 1.0 and true are equal.
+bool isWrittenAlike(const QVLJSONDictionary& a, const QVLJSONDictionary& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](const auto& ours, const auto& theirs) {
+        const bool isSameText = ours.value.isString() && theirs.value.isString() && ours.value == theirs.value;
+        return ours.key == theirs.key && (isSameText || ours.value.isIdentical(theirs.value));
+    });
+}
+
+} // namespace
+
 QVLUnrecognizedOperationError::QVLUnrecognizedOperationError(const std::string& className, const std::string& operation)
     : std::logic_error("-[" + className + " " + operation + "]: unrecognized operation") {}
 
@@ -57,8 +71,15 @@ std::shared_ptr<QVLJournalObject> QVLJournalObject::copyOfFields() const {
     throw QVLUnrecognizedOperationError(className(), "copy");
 }
 
+void QVLJournalObject::keepJSONObject(const QVLJSONDictionary& readFrom) {
+    m_JSONObject = JSONObjectOfFields();
+    if (isWrittenAlike(m_JSONObject.dictionaryOrEmpty(), readFrom)) {
+        m_JSONObject = readFrom;
+    }
+}
+
 void QVLJournalObject::reportChange() {
-    keepJSONObject();
+    m_JSONObject = JSONObjectOfFields();
     if (const auto collection = m_collection.lock()) {
         collection->recordDidChange(m_key);
     }

@@ -52,8 +52,9 @@ public:
 protected:
     /// Called after each change of a field: lets the owning collection, if there is one, look for what changed.
     void reportChange();
-    /// Called after the fields have been set without a report.
-    void keepJSONObject() { m_JSONObject = JSONObjectOfFields().dictionaryOrEmpty().withCompactText(); }
+    /// Called after the fields have been read without a report. What they were read from is kept when it is what they
+    /// give again, as it mostly is: thousands of records would otherwise be held twice while they are loaded.
+    void keepJSONObject(const QVLJSONDictionary& readFrom);
     [[nodiscard]] virtual QVLJSONValue JSONObjectOfFields() const;
     /// An empty record of the same class with the fields of this one; `copy` adds the collection.
     [[nodiscard]] virtual std::shared_ptr<QVLJournalObject> copyOfFields() const;
