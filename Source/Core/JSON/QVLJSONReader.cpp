@@ -107,9 +107,12 @@ public:
         if (!isAcceptable({text, length})) {
             return false;
         }
-        // The outermost keys are all different.
-        m_keys.push_back(m_level > 1 ? m_keyTable.keyFor({text, length})
-                                     : QVLJSONString(std::string_view(text, length)));
+        if (m_level > 1) {
+            m_keys.push_back(m_keyTable.keyFor({text, length}));
+        } else {
+            // The outermost keys are all different.
+            m_keys.emplace_back(std::string_view(text, length));
+        }
         return true;
     }
     bool StartObject() { return open(); }

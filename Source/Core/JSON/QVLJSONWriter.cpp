@@ -14,7 +14,6 @@
 namespace {
 
 constexpr std::size_t kIndent = 2;
-constexpr std::size_t kSmallestRoom = 256;
 
 /// What follows the backslash, 'u' for a control character without a short form, or 0 for a byte that stands for
 /// itself.
@@ -247,7 +246,8 @@ void QVLJSONWriter::reserveForEntries(std::size_t count) {
 
 char* QVLJSONWriter::room(std::size_t count) {
     if (m_text.size() - m_length < count) {
-        m_text.resize(std::max({kSmallestRoom, m_text.size() * 2, m_length + count}));
+        // What the string has without asking for memory comes first: many texts are a number or a word.
+        m_text.resize(std::max({m_text.capacity(), m_text.size() * 2, m_length + count}));
     }
     return m_text.data() + m_length;
 }
@@ -259,7 +259,7 @@ void QVLJSONWriter::append(std::string_view bytes) {
 
 template <class Number>
 void QVLJSONWriter::appendDigits(Number number) {
-    constexpr std::size_t kMostDigits = 32;
-    char* const start = room(kMostDigits);
-    m_length += static_cast<std::size_t>(std::to_chars(start, start + kMostDigits, number).ptr - start);
+    std::array<char, 32> digits; // NOLINT(cppcoreguidelines-pro-type-member-init): filled at once
+    const char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+    append(std::string_view(digits.data(), static_cast<std::size_t>(end - digits.data())));
 }

@@ -10,6 +10,8 @@ class QVLJSONWriter final {
 public:
     explicit QVLJSONWriter(QVLJSONSerialization::Writing writing)
         : m_isPretty(writing == QVLJSONSerialization::Writing::Pretty) {}
+    QVLJSONWriter(const QVLJSONWriter&) = delete;
+    QVLJSONWriter& operator=(const QVLJSONWriter&) = delete;
 
     void write(const QVLJSONValue& value);
 
@@ -30,6 +32,7 @@ private:
     void writeLineBreak();
     void fail(const char* reason);
 
+    /// Room for that many usual entries of the outermost dictionary: growing step by step moves a large text often.
     void reserveForEntries(std::size_t count);
     /// Where that many more bytes can be put.
     [[nodiscard]] char* room(std::size_t count);
